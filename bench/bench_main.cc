@@ -8,6 +8,10 @@
 
 #include "krocc.h"
 
+#ifdef KRO_HAVE_OPENCV
+#include <opencv2/core.hpp>
+#endif
+
 namespace {
 
 // memcpy of `bytes` bytes, the yardstick every conversion is compared with.
@@ -28,6 +32,9 @@ BENCHMARK(BM_Memcpy)->Arg(64 * 64 * 3)->Arg(1920 * 1080 * 3);
 int main(int argc, char** argv) {
   const KroVersionRecord* v = kroccGetLibVersion();
   benchmark::AddCustomContext("krocc", v->versionText);
+#ifdef KRO_HAVE_OPENCV
+  cv::setNumThreads(1);  // every case runs single-threaded
+#endif
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
   benchmark::RunSpecifiedBenchmarks();

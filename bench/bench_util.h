@@ -1,0 +1,75 @@
+// Helpers shared by the benchmark files.
+//
+// Every case reports bytes_per_second over its input plus output bytes, and a counter
+// "x_memcpy": its speed divided by the speed of memcpy moving the same total traffic
+// ((input + output) / 2 bytes copied), timed in the same process right after the case.
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+#include <cstdint>
+#include <cstring>
+#include <random>
+#include <vector>
+
+namespace kro::bench {
+
+// Sizes every family is timed at.
+inline constexpr int kFullW = 1920, kFullH = 1080;
+inline constexpr int kSmallW = 64, kSmallH = 64;
+
+// A byte buffer filled with seeded random values (64-byte aligned start).
+class Buffer {
+ public:
+  explicit Buffer(std::size_t bytes, uint32_t seed = 1) : mem_(bytes + 64) {
+    std::mt19937 rng(seed);
+    for (auto& b : mem_) b = static_cast<uint8_t>(rng());
+    auto p = reinterpret_cast<std::uintptr_t>(mem_.data());
+    data_ = mem_.data() + ((64 - (p & 63)) & 63);
+  }
+  uint8_t* data() { return data_; }
+  template <class T>
+  T* as() { return reinterpret_cast<T*>(data_); }
+
+ private:
+  std::vector<uint8_t> mem_;
+  uint8_t* data_;
+};
+
+// Seconds per memcpy of `bytes` bytes, best of a few timed batches.
+inline double MemcpySeconds(std::size_t bytes) {
+  std::vector<uint8_t> a(bytes + 64, 1), b(bytes + 64, 0);
+  double best = 1e30;
+  const int reps = bytes > (1u << 20) ? 20 : 2000;
+  for (int round = 0; round < 5; ++round) {
+    auto t0 = std::chrono::steady_clock::now();
+    for (int i = 0; i < reps; ++i) {
+      std::memcpy(b.data(), a.data(), bytes);
+      benchmark::ClobberMemory();
+    }
+    auto t1 = std::chrono::steady_clock::now();
+    best = std::min(best, std::chrono::duration<double>(t1 - t0).count() / reps);
+  }
+  benchmark::DoNotOptimize(b.data());
+  return best;
+}
+
+// Runs `body` in the benchmark loop and reports throughput and the memcpy ratio.
+template <class Body>
+void RunConversion(benchmark::State& state, std::size_t inBytes, std::size_t outBytes, Body body) {
+  auto t0 = std::chrono::steady_clock::now();
+  int64_t n = 0;
+  for (auto _ : state) {
+    body();
+    benchmark::ClobberMemory();
+    ++n;
+  }
+  auto t1 = std::chrono::steady_clock::now();
+  const double perCall = std::chrono::duration<double>(t1 - t0).count() / static_cast<double>(n);
+  const std::size_t traffic = inBytes + outBytes;
+  state.SetBytesProcessed(n * static_cast<int64_t>(traffic));
+  state.counters["x_memcpy"] = MemcpySeconds(traffic / 2) / perCall;
+}
+
+}  // namespace kro::bench
