@@ -116,6 +116,8 @@ std::vector<Export> Exports() {
   };
 }
 
+void PrintTo(const Export& e, std::ostream* os) { *os << e.name; }
+
 class RgbYuv : public testing::TestWithParam<Export> {};
 
 // Runs the export on src into a fresh destination and checks every pixel against the formula

@@ -11,13 +11,15 @@
 
 #include <cstdint>
 
+#include "color/matrix_rows.h"
 #include "frame/lanes.h"
 
 namespace kro::yuv {
 
-struct Px {
-  uint8_t c0, c1, c2;
-};
+using color::Px;
+using color::PixelFn;
+using color::Samples;
+using color::ConvertRowScalar;
 
 using lane::AddS;
 using lane::AddU;
@@ -121,31 +123,6 @@ inline Px InverseTail2(int y, int u, int v) {
 }
 inline Px InverseTail3(int y, int u, int v) {
   return InverseTail<32768, 32768, 74711, 25821, 38076, 133169>(y, u, v);
-}
-
-using PixelFn = Px (*)(int, int, int);
-
-// Where a row's three components live: component c of pixel x is at ptr[c][x * stride].
-template <class T>
-struct Samples {
-  T* ptr[3];
-  int stride;
-};
-
-// One row: the first width & ~(block - 1) pixels through the block formula, the rest through
-// the tail formula. kOnly >= 0 stores just that component (the planar forward kernel's passes).
-// With block 0 every pixel takes the tail formula.
-template <int kBlock, PixelFn kBlockFn, PixelFn kTailFn, int kOnly = -1>
-void ConvertRowScalar(Samples<const uint8_t> s, Samples<uint8_t> d, int width) {
-  const int body = kBlock ? (width & ~(kBlock - 1)) : 0;
-  for (int x = 0; x < width; ++x) {
-    const int si = x * s.stride, di = x * d.stride;
-    const int a = s.ptr[0][si], b = s.ptr[1][si], c = s.ptr[2][si];
-    const Px p = x < body ? kBlockFn(a, b, c) : kTailFn(a, b, c);
-    if (kOnly < 0 || kOnly == 0) d.ptr[0][di] = p.c0;
-    if (kOnly < 0 || kOnly == 1) d.ptr[1][di] = p.c1;
-    if (kOnly < 0 || kOnly == 2) d.ptr[2][di] = p.c2;
-  }
 }
 
 }  // namespace kro::yuv
