@@ -10,40 +10,6 @@
 namespace kro::bench {
 namespace {
 
-enum Shape { kPacked3, kPacked4, kPlanes3, kPlanes4 };
-
-int BytesPerPixel(Shape s) { return s == kPacked3 || s == kPlanes3 ? 3 : 4; }
-
-// An image of w x h pixels in a layout: one buffer, planes one after another.
-struct Img {
-  Img(Shape s, int w, int h, uint32_t seed)
-      : buf(static_cast<std::size_t>(w) * h * BytesPerPixel(s), seed) {
-    const bool planar = s == kPlanes3 || s == kPlanes4;
-    step = planar ? w : w * BytesPerPixel(s);
-    for (int p = 0; p < 4; ++p) planes[p] = buf.data() + (planar ? std::size_t(p) * w * h : 0);
-    cplanes[0] = planes[0], cplanes[1] = planes[1], cplanes[2] = planes[2];
-  }
-  Buffer buf;
-  int step;
-  uint8_t* planes[4];
-  const uint8_t* cplanes[3];
-};
-
-template <class Fn>
-void Register(const char* name, Shape in, Shape out, Fn fn) {
-  for (auto [w, h] : {std::pair{kFullW, kFullH}, std::pair{kSmallW, kSmallH}}) {
-    benchmark::RegisterBenchmark(
-        (std::string(name) + "/" + std::to_string(w) + "x" + std::to_string(h)).c_str(),
-        [=](benchmark::State& state) {
-          Img src(in, w, h, 1), dst(out, w, h, 2);
-          const KroSize roi = {w, h};
-          RunConversion(state, std::size_t(w) * h * BytesPerPixel(in),
-                        std::size_t(w) * h * BytesPerPixel(out), [&] { fn(src, dst, roi); });
-        })
-        ->Unit(benchmark::kMicrosecond);
-  }
-}
-
 const bool kRegistered = [] {
   Register("kroiRGBToYUV_8u_C3R", kPacked3, kPacked3, [](Img& s, Img& d, KroSize r) {
     kroiRGBToYUV_8u_C3R(s.planes[0], s.step, d.planes[0], d.step, r);

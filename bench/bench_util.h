@@ -7,10 +7,14 @@
 
 #include <benchmark/benchmark.h>
 
+#include "krocc.h"
+
 #include <chrono>
 #include <cstdint>
 #include <cstring>
 #include <random>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace kro::bench {
@@ -70,6 +74,42 @@ void RunConversion(benchmark::State& state, std::size_t inBytes, std::size_t out
   const std::size_t traffic = inBytes + outBytes;
   state.SetBytesProcessed(n * static_cast<int64_t>(traffic));
   state.counters["x_memcpy"] = MemcpySeconds(traffic / 2) / perCall;
+}
+
+// Layouts of the matrix families' images.
+enum Shape { kPacked3, kPacked4, kPlanes3, kPlanes4 };
+
+inline int BytesPerPixel(Shape s) { return s == kPacked3 || s == kPlanes3 ? 3 : 4; }
+
+// An image of w x h pixels in a layout: one buffer, planes one after another.
+struct Img {
+  Img(Shape s, int w, int h, uint32_t seed)
+      : buf(static_cast<std::size_t>(w) * h * BytesPerPixel(s), seed) {
+    const bool planar = s == kPlanes3 || s == kPlanes4;
+    step = planar ? w : w * BytesPerPixel(s);
+    for (int p = 0; p < 4; ++p) planes[p] = buf.data() + (planar ? std::size_t(p) * w * h : 0);
+    cplanes[0] = planes[0], cplanes[1] = planes[1], cplanes[2] = planes[2];
+  }
+  Buffer buf;
+  int step;
+  uint8_t* planes[4];
+  const uint8_t* cplanes[3];
+};
+
+// Registers a conversion at the full and the small size.
+template <class Fn>
+void Register(const char* name, Shape in, Shape out, Fn fn) {
+  for (auto [w, h] : {std::pair{kFullW, kFullH}, std::pair{kSmallW, kSmallH}}) {
+    benchmark::RegisterBenchmark(
+        (std::string(name) + "/" + std::to_string(w) + "x" + std::to_string(h)).c_str(),
+        [=](benchmark::State& state) {
+          Img src(in, w, h, 1), dst(out, w, h, 2);
+          const KroSize roi = {w, h};
+          RunConversion(state, std::size_t(w) * h * BytesPerPixel(in),
+                        std::size_t(w) * h * BytesPerPixel(out), [&] { fn(src, dst, roi); });
+        })
+        ->Unit(benchmark::kMicrosecond);
+  }
 }
 
 }  // namespace kro::bench
