@@ -1,0 +1,219 @@
+// Row machinery shared by the full-resolution matrix families (RGB with YUV, YCbCr, ...).
+//
+// A pixel formula maps three 8-bit components to three; a row kernel applies a block formula
+// to the first width & ~(block - 1) pixels and a tail formula to the rest. The scalar row is the
+// portable path and the reference; the vector row (SSE2 + SSSE3) runs a lane formula that
+// computes the same values as the block formula, sixteen pixels a turn, loading and storing
+// exactly the bytes of its pixels.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "frame/simd.h"
+
+namespace kro::color {
+
+struct Px {
+  uint8_t c0, c1, c2;
+};
+
+using PixelFn = Px (*)(int, int, int);
+
+// Where a row's three components live: component c of pixel x is at ptr[c][x * stride].
+template <class T>
+struct Samples {
+  T* ptr[3];
+  int stride;
+};
+
+// One row: the first width & ~(block - 1) pixels through the block formula, the rest through
+// the tail formula. kOnly >= 0 stores just that component (the planar forward kernel's passes).
+// With block 0 every pixel takes the tail formula.
+template <int kBlock, PixelFn kBlockFn, PixelFn kTailFn, int kOnly = -1>
+void ConvertRowScalar(Samples<const uint8_t> s, Samples<uint8_t> d, int width) {
+  const int body = kBlock ? (width & ~(kBlock - 1)) : 0;
+  for (int x = 0; x < width; ++x) {
+    const int si = x * s.stride, di = x * d.stride;
+    const int a = s.ptr[0][si], b = s.ptr[1][si], c = s.ptr[2][si];
+    const Px p = x < body ? kBlockFn(a, b, c) : kTailFn(a, b, c);
+    if (kOnly < 0 || kOnly == 0) d.ptr[0][di] = p.c0;
+    if (kOnly < 0 || kOnly == 1) d.ptr[1][di] = p.c1;
+    if (kOnly < 0 || kOnly == 2) d.ptr[2][di] = p.c2;
+  }
+}
+
+
+
+using RowFn = void (*)(Samples<const uint8_t>, Samples<uint8_t>, int);
+
+inline const uint8_t* RowOf(const uint8_t* p, int step, int y) {
+  return p + static_cast<std::ptrdiff_t>(y) * step;
+}
+inline uint8_t* RowOf(uint8_t* p, int step, int y) {
+  return p + static_cast<std::ptrdiff_t>(y) * step;
+}
+
+// Interleaved rows: component c at byte c of each pixel of `bytes` bytes.
+template <class T>
+Samples<T> Packed(T* row, int bytes) {
+  return {{row, row + 1, row + 2}, bytes};
+}
+template <class T, class P>
+Samples<T> Planar(P planes, int step, int y) {
+  return {{RowOf(planes[0], step, y), RowOf(planes[1], step, y), RowOf(planes[2], step, y)}, 1};
+}
+
+// Plain row loop over an image, source and destination given as per-row sample sets.
+template <class SrcAt, class DstAt>
+void EachRow(int height, SrcAt srcAt, DstAt dstAt, int width, RowFn row) {
+  for (int y = 0; y < height; ++y) row(srcAt(y), dstAt(y), width);
+}
+
+
+#if KRO_SIMD
+// ---- Vector bodies (SSE2 + SSSE3) ------------------------------------------------------------
+//
+// A block formula runs on eight pixels per 16-bit lane set; rows move sixteen pixels a turn
+// (then eight where a block of eight remains), loading and storing exactly the bytes of their
+// pixels: 48 (or 24) for packed RGB, 16 (or 8) per plane.
+
+struct Lanes {
+  __m128i c0, c1, c2;
+};
+using LaneFn = Lanes (*)(__m128i, __m128i, __m128i);
+
+// Byte shuffle masks that gather component k of 16 packed 3-byte pixels from three 16-byte
+// pieces (piece p supplies the source bytes 16p..16p+15), and the inverse that scatters three
+// component vectors into output piece p.
+struct Gather {
+  alignas(16) int8_t m[3][3][16];  // [component][piece][lane]
+};
+constexpr Gather MakeGather() {
+  Gather g{};
+  for (int k = 0; k < 3; ++k)
+    for (int p = 0; p < 3; ++p)
+      for (int i = 0; i < 16; ++i) {
+        const int src = 3 * i + k;
+        g.m[k][p][i] = static_cast<int8_t>(src / 16 == p ? src % 16 : -128);
+      }
+  return g;
+}
+constexpr Gather MakeScatter() {
+  Gather g{};
+  for (int k = 0; k < 3; ++k)
+    for (int p = 0; p < 3; ++p)
+      for (int j = 0; j < 16; ++j) {
+        const int out = 16 * p + j;  // output byte; pixel out / 3, component out % 3
+        g.m[k][p][j] = static_cast<int8_t>(out % 3 == k ? out / 3 : -128);
+      }
+  return g;
+}
+inline constexpr Gather kGather = MakeGather();
+inline constexpr Gather kScatter = MakeScatter();
+
+inline __m128i Mask(const int8_t* m) { return _mm_load_si128(reinterpret_cast<const __m128i*>(m)); }
+
+// Sixteen packed pixels (or eight: the upper eight lanes then hold zeros from the missing
+// third piece and must not be stored).
+template <int kPixels>
+inline Lanes LoadPacked(const uint8_t* p) {
+  __m128i piece[3];
+  if (kPixels == 16) {
+    for (int i = 0; i < 3; ++i) piece[i] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 16 * i));
+  } else {
+    piece[0] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    piece[1] = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + 16));
+    piece[2] = _mm_setzero_si128();
+  }
+  __m128i c[3];
+  for (int k = 0; k < 3; ++k) {
+    c[k] = _mm_or_si128(_mm_or_si128(_mm_shuffle_epi8(piece[0], Mask(kGather.m[k][0])),
+                                     _mm_shuffle_epi8(piece[1], Mask(kGather.m[k][1]))),
+                        _mm_shuffle_epi8(piece[2], Mask(kGather.m[k][2])));
+  }
+  return {c[0], c[1], c[2]};
+}
+template <int kPixels>
+inline void StorePacked(uint8_t* p, const Lanes& v) {
+  __m128i piece[3];
+  for (int q = 0; q < 3; ++q) {
+    piece[q] = _mm_or_si128(_mm_or_si128(_mm_shuffle_epi8(v.c0, Mask(kScatter.m[0][q])),
+                                         _mm_shuffle_epi8(v.c1, Mask(kScatter.m[1][q]))),
+                            _mm_shuffle_epi8(v.c2, Mask(kScatter.m[2][q])));
+  }
+  if (kPixels == 16) {
+    for (int q = 0; q < 3; ++q) _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 16 * q), piece[q]);
+  } else {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), piece[0]);
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(p + 16), piece[1]);
+  }
+}
+template <int kPixels>
+inline __m128i LoadPlane(const uint8_t* p) {
+  return kPixels == 16 ? _mm_loadu_si128(reinterpret_cast<const __m128i*>(p))
+                       : _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
+}
+template <int kPixels>
+inline void StorePlane(uint8_t* p, __m128i v) {
+  if (kPixels == 16) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v);
+  } else {
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(p), v);
+  }
+}
+
+inline __m128i Set16(int v) { return _mm_set1_epi16(static_cast<int16_t>(v)); }
+
+// Sixteen pixels of bytes through a lane formula: widen, compute both halves, pack with the
+// clamp to 0..255.
+template <LaneFn kFn>
+inline Lanes ConvertBytes(const Lanes& in) {
+  const __m128i zero = _mm_setzero_si128();
+  const Lanes lo = kFn(_mm_unpacklo_epi8(in.c0, zero), _mm_unpacklo_epi8(in.c1, zero),
+                       _mm_unpacklo_epi8(in.c2, zero));
+  const Lanes hi = kFn(_mm_unpackhi_epi8(in.c0, zero), _mm_unpackhi_epi8(in.c1, zero),
+                       _mm_unpackhi_epi8(in.c2, zero));
+  return {_mm_packus_epi16(lo.c0, hi.c0), _mm_packus_epi16(lo.c1, hi.c1),
+          _mm_packus_epi16(lo.c2, hi.c2)};
+}
+
+// Packed rows have stride 3 (component k at ptr[k] = row + k), planar rows stride 1.
+template <int kPixels>
+inline Lanes Load(const Samples<const uint8_t>& s, int x) {
+  if (s.stride == 3) return LoadPacked<kPixels>(s.ptr[0] + 3 * x);
+  return {LoadPlane<kPixels>(s.ptr[0] + x), LoadPlane<kPixels>(s.ptr[1] + x),
+          LoadPlane<kPixels>(s.ptr[2] + x)};
+}
+template <int kPixels, int kOnly>
+inline void Store(const Samples<uint8_t>& d, int x, const Lanes& v) {
+  if (d.stride == 3) return StorePacked<kPixels>(d.ptr[0] + 3 * x, v);
+  if (kOnly < 0 || kOnly == 0) StorePlane<kPixels>(d.ptr[0] + x, v.c0);
+  if (kOnly < 0 || kOnly == 1) StorePlane<kPixels>(d.ptr[1] + x, v.c1);
+  if (kOnly < 0 || kOnly == 2) StorePlane<kPixels>(d.ptr[2] + x, v.c2);
+}
+
+// The vector twin of ConvertRowScalar for packed-3 and planar rows: body in sixteens (and one
+// eight when the block is 8 and eight body pixels remain), tail through the scalar formula.
+template <int kBlock, LaneFn kLanes, PixelFn kTailFn, int kOnly = -1>
+void ConvertRowVector(Samples<const uint8_t> s, Samples<uint8_t> d, int width) {
+  const int body = width & ~(kBlock - 1);
+  int x = 0;
+  for (; x + 16 <= body; x += 16) Store<16, kOnly>(d, x, ConvertBytes<kLanes>(Load<16>(s, x)));
+  if (x < body) Store<8, kOnly>(d, x, ConvertBytes<kLanes>(Load<8>(s, x)));
+  Samples<const uint8_t> st = s;
+  Samples<uint8_t> dt = d;
+  for (int k = 0; k < 3; ++k) st.ptr[k] += body * s.stride, dt.ptr[k] += body * d.stride;
+  ConvertRowScalar<0, kTailFn, kTailFn, kOnly>(st, dt, width - body);
+}
+
+// The row kernel of a build: the vector row where there is one, else the scalar row.
+#define KRO_MATRIX_ROW(block, lanes, blockFn, tailFn, ...) \
+  ConvertRowVector<block, lanes, tailFn, ##__VA_ARGS__>
+#else
+#define KRO_MATRIX_ROW(block, lanes, blockFn, tailFn, ...) \
+  ConvertRowScalar<block, blockFn, tailFn, ##__VA_ARGS__>
+#endif
+
+
+}  // namespace kro::color

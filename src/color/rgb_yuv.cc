@@ -1,0 +1,196 @@
+// RGB <-> YUV at full resolution: the ten wrappers, their checks and row loops.
+#include "color/rgb_yuv.h"
+
+#include <cstddef>
+
+#include "color/matrix_rows.h"
+#include "frame/checks.h"
+#include "frame/entry.h"
+
+namespace kro::yuv {
+namespace {
+
+using namespace kro::color;
+
+#if KRO_SIMD
+// The block formulas on eight 16-bit lanes per component (inputs 0..255, outputs before the
+// final clamp, which the pack to bytes applies).
+inline Lanes ForwardLanesA(__m128i r, __m128i g, __m128i b) {
+  const __m128i y = _mm_srli_epi16(
+      _mm_adds_epu16(_mm_adds_epu16(_mm_mulhi_epu16(Set16(19595), _mm_slli_epi16(r, 8)),
+                                    _mm_mulhi_epu16(Set16(38469), _mm_slli_epi16(g, 8))),
+                     _mm_mulhi_epu16(Set16(7471), _mm_slli_epi16(b, 8))),
+      8);
+  const __m128i r7 = _mm_slli_epi16(r, 7), g7 = _mm_slli_epi16(g, 7), b7 = _mm_slli_epi16(b, 7);
+  const __m128i u = _mm_adds_epi16(_mm_adds_epi16(_mm_mulhi_epi16(Set16(-4816), r7),
+                                                  _mm_mulhi_epi16(Set16(-9469), g7)),
+                                   _mm_mulhi_epi16(Set16(14286), b7));
+  const __m128i v = _mm_adds_epi16(_mm_adds_epi16(_mm_mulhi_epi16(Set16(20152), r7),
+                                                  _mm_mulhi_epi16(Set16(-16875), g7)),
+                                   _mm_mulhi_epi16(Set16(-3276), b7));
+  return {y, _mm_adds_epi16(_mm_srai_epi16(u, 6), Set16(128)),
+          _mm_adds_epi16(_mm_srai_epi16(v, 6), Set16(128))};
+}
+inline Lanes InverseLanesA(__m128i y, __m128i u, __m128i v) {
+  const __m128i u8x = _mm_slli_epi16(_mm_subs_epi16(u, Set16(128)), 3);
+  const __m128i v8x = _mm_slli_epi16(_mm_subs_epi16(v, Set16(128)), 3);
+  return {_mm_adds_epi16(y, _mm_mulhi_epi16(v8x, Set16(9339))),
+          _mm_adds_epi16(_mm_adds_epi16(y, _mm_mulhi_epi16(u8x, Set16(-3228))),
+                         _mm_mulhi_epi16(v8x, Set16(-4760))),
+          _mm_adds_epi16(y, _mm_mulhi_epi16(u8x, Set16(16646)))};
+}
+inline Lanes InverseLanesB(__m128i y, __m128i u, __m128i v) {
+  const __m128i y2x = _mm_slli_epi16(y, 1);
+  const __m128i u16x = _mm_slli_epi16(_mm_subs_epi16(u, Set16(128)), 4);
+  const __m128i v16x = _mm_slli_epi16(_mm_subs_epi16(v, Set16(128)), 4);
+  return {_mm_srai_epi16(_mm_adds_epi16(y2x, _mm_mulhi_epi16(v16x, Set16(9338))), 1),
+          _mm_srai_epi16(_mm_adds_epi16(_mm_adds_epi16(y2x, _mm_mulhi_epi16(u16x, Set16(-3227))),
+                                        _mm_mulhi_epi16(v16x, Set16(-4759))),
+                         1),
+          _mm_srai_epi16(_mm_adds_epi16(y2x, _mm_mulhi_epi16(u16x, Set16(16645))), 1)};
+}
+
+#endif
+}  // namespace
+}  // namespace kro::yuv
+
+namespace kro::wrap {
+
+using namespace kro::yuv;
+using namespace kro::color;
+
+kroStatus kroiRGBToYUV_8u_C3R(const Kro8u* src, int srcRowStep, Kro8u* dst, int dstRowStep,
+                              KroSize roi) {
+  KRO_CHECK(CheckNull(src, dst));
+  KRO_CHECK(CheckSize(roi));
+  EachRow(
+      roi.height, [&](int y) { return Packed(RowOf(src, srcRowStep, y), 3); },
+      [&](int y) { return Packed(RowOf(dst, dstRowStep, y), 3); }, roi.width,
+      KRO_MATRIX_ROW(16, ForwardLanesA, ForwardBlockA, ForwardTail1));
+  return kroStatusOk;
+}
+
+kroStatus kroiRGBToYUV_8u_C3P3R(const Kro8u* src, int srcRowStep, Kro8u* const dstPlanes[3],
+                                int dstRowStep, KroSize roi) {
+  KRO_CHECK(CheckNull(src, dstPlanes));
+  KRO_CHECK(CheckSize(roi));
+  KRO_CHECK(CheckPlanes(dstPlanes, 3));
+  EachRow(
+      roi.height, [&](int y) { return Packed(RowOf(src, srcRowStep, y), 3); },
+      [&](int y) { return Planar<uint8_t>(dstPlanes, dstRowStep, y); }, roi.width,
+      KRO_MATRIX_ROW(8, ForwardLanesA, ForwardBlockA, ForwardTail1));
+  return kroStatusOk;
+}
+
+// Three passes over each row, one per output plane (Y, then U, then V): a source plane that is
+// also a destination plane is read after the earlier passes have written it.
+kroStatus kroiRGBToYUV_8u_P3R(const Kro8u* const srcPlanes[3], int srcRowStep,
+                              Kro8u* const dstPlanes[3], int dstRowStep, KroSize roi) {
+  KRO_CHECK(CheckNull(srcPlanes, dstPlanes));
+  KRO_CHECK(CheckSize(roi));
+  KRO_CHECK(CheckPlanes(srcPlanes, 3));
+  KRO_CHECK(CheckPlanes(dstPlanes, 3));
+  for (int y = 0; y < roi.height; ++y) {
+    const Samples<const uint8_t> s = Planar<const uint8_t>(srcPlanes, srcRowStep, y);
+    const Samples<uint8_t> d = Planar<uint8_t>(dstPlanes, dstRowStep, y);
+    KRO_MATRIX_ROW(16, ForwardLanesA, ForwardBlockA, ForwardTail3, 0)(s, d, roi.width);
+    KRO_MATRIX_ROW(16, ForwardLanesA, ForwardBlockA, ForwardTail3, 1)(s, d, roi.width);
+    KRO_MATRIX_ROW(16, ForwardLanesA, ForwardBlockA, ForwardTail3, 2)(s, d, roi.width);
+  }
+  return kroStatusOk;
+}
+
+// Every pixel through the rounded tail formula; the alpha bytes are neither read nor written.
+kroStatus kroiRGBToYUV_8u_AC4R(const Kro8u* src, int srcRowStep, Kro8u* dst, int dstRowStep,
+                               KroSize roi) {
+  KRO_CHECK(CheckNull(src, dst));
+  KRO_CHECK(CheckSize(roi));
+  EachRow(
+      roi.height, [&](int y) { return Packed(RowOf(src, srcRowStep, y), 4); },
+      [&](int y) { return Packed(RowOf(dst, dstRowStep, y), 4); }, roi.width,
+      ConvertRowScalar<0, ForwardTail2, ForwardTail2>);
+  return kroStatusOk;
+}
+
+// Blocks of 8 through the doubled-luma formula, the tail rounded; alpha goes unchanged into the
+// fourth plane (which, unlike the other three, is not tested for null).
+kroStatus kroiRGBToYUV_8u_AC4P4R(const Kro8u* src, int srcRowStep, Kro8u* const dstPlanes[4],
+                                 int dstRowStep, KroSize roi) {
+  KRO_CHECK(CheckNull(src, dstPlanes));
+  KRO_CHECK(CheckSize(roi));
+  KRO_CHECK(CheckPlanes(dstPlanes, 3));
+  for (int y = 0; y < roi.height; ++y) {
+    const uint8_t* s = RowOf(src, srcRowStep, y);
+    ConvertRowScalar<8, ForwardBlockB, ForwardTail2>(
+        Packed(s, 4), Planar<uint8_t>(dstPlanes, dstRowStep, y), roi.width);
+    uint8_t* alpha = RowOf(dstPlanes[3], dstRowStep, y);
+    for (int x = 0; x < roi.width; ++x) alpha[x] = s[4 * x + 3];
+  }
+  return kroStatusOk;
+}
+
+kroStatus kroiYUVToRGB_8u_C3R(const Kro8u* src, int srcRowStep, Kro8u* dst, int dstRowStep,
+                              KroSize roi) {
+  KRO_CHECK(CheckNull(src, dst));
+  KRO_CHECK(CheckSize(roi));
+  EachRow(
+      roi.height, [&](int y) { return Packed(RowOf(src, srcRowStep, y), 3); },
+      [&](int y) { return Packed(RowOf(dst, dstRowStep, y), 3); }, roi.width,
+      KRO_MATRIX_ROW(8, InverseLanesA, InverseBlockA, InverseTail1));
+  return kroStatusOk;
+}
+
+kroStatus kroiYUVToRGB_8u_P3C3R(const Kro8u* const srcPlanes[3], int srcRowStep, Kro8u* dst,
+                                int dstRowStep, KroSize roi) {
+  KRO_CHECK(CheckNull(srcPlanes, dst));
+  KRO_CHECK(CheckSize(roi));
+  KRO_CHECK(CheckPlanes(srcPlanes, 3));
+  EachRow(
+      roi.height, [&](int y) { return Planar<const uint8_t>(srcPlanes, srcRowStep, y); },
+      [&](int y) { return Packed(RowOf(dst, dstRowStep, y), 3); }, roi.width,
+      KRO_MATRIX_ROW(16, InverseLanesB, InverseBlockB, InverseTail2));
+  return kroStatusOk;
+}
+
+// Every pixel through the tail formula of the planar-to-packed kernel. The destination planes
+// are tested before the source planes.
+kroStatus kroiYUVToRGB_8u_P3R(const Kro8u* const srcPlanes[3], int srcRowStep,
+                              Kro8u* const dstPlanes[3], int dstRowStep, KroSize roi) {
+  KRO_CHECK(CheckNull(srcPlanes, dstPlanes));
+  KRO_CHECK(CheckSize(roi));
+  KRO_CHECK(CheckPlanes(dstPlanes, 3));
+  KRO_CHECK(CheckPlanes(srcPlanes, 3));
+  EachRow(
+      roi.height, [&](int y) { return Planar<const uint8_t>(srcPlanes, srcRowStep, y); },
+      [&](int y) { return Planar<uint8_t>(dstPlanes, dstRowStep, y); }, roi.width,
+      ConvertRowScalar<0, InverseTail2, InverseTail2>);
+  return kroStatusOk;
+}
+
+kroStatus kroiYUVToRGB_8u_AC4R(const Kro8u* src, int srcRowStep, Kro8u* dst, int dstRowStep,
+                               KroSize roi) {
+  KRO_CHECK(CheckNull(src, dst));
+  KRO_CHECK(CheckSize(roi));
+  EachRow(
+      roi.height, [&](int y) { return Packed(RowOf(src, srcRowStep, y), 4); },
+      [&](int y) { return Packed(RowOf(dst, dstRowStep, y), 4); }, roi.width,
+      ConvertRowScalar<0, InverseTail1, InverseTail1>);
+  return kroStatusOk;
+}
+
+// Blocks of 8 (16 on rows whose source and destination are 16-byte aligned; the arithmetic is
+// the same, so the tail always starts at width & ~7), the fourth byte set to alphaValue.
+kroStatus kroiYUVToRGB_8u_C3C4R(const Kro8u* src, int srcRowStep, Kro8u* dst, int dstRowStep,
+                                KroSize roi, Kro8u alphaValue) {
+  KRO_CHECK(CheckNull(src, dst));
+  KRO_CHECK(CheckSize(roi));
+  for (int y = 0; y < roi.height; ++y) {
+    uint8_t* d = RowOf(dst, dstRowStep, y);
+    ConvertRowScalar<8, InverseBlockC, InverseTail3>(Packed(RowOf(src, srcRowStep, y), 3),
+                                                     Packed(d, 4), roi.width);
+    for (int x = 0; x < roi.width; ++x) d[4 * x + 3] = alphaValue;
+  }
+  return kroStatusOk;
+}
+
+}  // namespace kro::wrap
