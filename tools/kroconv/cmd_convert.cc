@@ -2,10 +2,12 @@
 // what is done here without it is moving samples: layouts of the same subsampling, one channel
 // taken as grey, a grey picture as luma with neutral chroma, a colour picture sampled onto a
 // Bayer grid, and planes laid out for viewing.
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
 #include "args.h"
+#include "colour.h"
 #include "commands.h"
 #include "tool.h"
 
@@ -107,6 +109,12 @@ Yuv GreyAsYuv(const Image& grey, Sub sub) {
   Fail(kExitUsage, what + " needs colour conversion that this build's library does not have");
 }
 
+// The matrix asked for, or the first this build has; fails when there is none.
+const Matrix& ChooseMatrix(const Args& a, const std::string& what) {
+  if (Matrices().empty()) NeedsFamily(what);
+  return a.Has("matrix") ? FindMatrix(a.Get("matrix")) : Matrices().front();
+}
+
 void WriteFrames(const std::vector<Yuv>& frames, const Source& to, const std::string& out) {
   if (to.kind == Kind::kY4m) {
     WriteY4m(frames, out);
@@ -132,9 +140,14 @@ void ConvertHelp() {
       "  --frame N                    frame of a multi-frame YUV input to write as an image\n"
       "  --channel r|g|b              take one channel of a colour image as grey\n"
       "  --luma                       write the luma plane of a YUV input as a grey image\n"
-      "  --planes                     write all planes of a YUV input as one grey image\n\n"
+      "  --planes                     write all planes of a YUV input as one grey image\n"
+      "  --matrix NAME                colour matrix between RGB and YUV (default: the first)\n\n"
       "raw YUV layouts:\n");
   for (const Layout& l : Layouts()) std::printf("  %-6s %s\n", l.name, l.text);
+  std::printf("\ncolour matrices in this build:%s\n", Matrices().empty() ? " none" : "");
+  for (const Matrix& m : Matrices()) std::printf("  %-6s %s\n", m.name, m.text);
+  if (!Matrices().empty())
+    std::printf("Colour images convert to and from 4:4:4 (i444, or Y4M 4:4:4) at full resolution.\n");
   std::printf(
       "\nWithout colour conversion in the library, this moves samples only: image to image,\n"
       "YUV layouts of the same subsampling, a grey image to YUV (neutral chroma), a YUV luma\n"
@@ -143,7 +156,7 @@ void ConvertHelp() {
 }
 
 int Convert(int argc, char** argv) {
-  Args a = ParseArgs("convert", argc, argv, {"from", "to", "size", "bits", "grid", "frame", "channel"},
+  Args a = ParseArgs("convert", argc, argv, {"from", "to", "size", "bits", "grid", "frame", "channel", "matrix"},
                      {"luma", "planes"});
   if (a.positional.size() != 2)
     Fail(kExitUsage, "convert wants an input and an output file (kroconv convert --help)");
@@ -186,7 +199,15 @@ int Convert(int argc, char** argv) {
       }
       case Kind::kRawYuv:
       case Kind::kY4m: {
-        if (image.channels != 1) NeedsFamily("a colour image to YUV");
+        if (image.channels != 1) {
+          const Matrix& m = ChooseMatrix(a, "a colour image to YUV");
+          if (to.kind == Kind::kRawYuv && to.layout->sub != Sub::k444)
+            Fail(kExitUsage, std::string("a colour image to ") + SubName(to.layout->sub) +
+                                 " needs chroma subsampling, which this build does not offer (use --to i444)");
+          WriteFrames({RgbTo444(image, m)}, to, out);
+          break;
+        }
+        if (a.Has("matrix")) Fail(kExitUsage, "--matrix applies to colour images; this input is grey");
         Sub sub = to.kind == Kind::kRawYuv ? to.layout->sub : Sub::k420;
         WriteFrames({GreyAsYuv(image, sub)}, to, out);
         break;
@@ -215,8 +236,13 @@ int Convert(int argc, char** argv) {
         WriteImage(PlaneView(f), out);
       else if (a.Has("luma") || f.sub == Sub::kMono)
         WriteImage(LumaOf(f), out);
-      else
+      else if (f.sub == Sub::k444 && !Matrices().empty())
+        WriteImage(Rgb444ToImage(f, ChooseMatrix(a, "YUV to a colour image")), out);
+      else if (f.sub == Sub::k444)
         NeedsFamily("YUV to a colour image (use --luma or --planes to look at the planes)");
+      else
+        Fail(kExitUsage, std::string(SubName(f.sub)) + " YUV to a colour image needs chroma upsampling, which this "
+                         "build does not offer (use --luma or --planes to look at the planes)");
       break;
     }
     case Kind::kBayer:

@@ -10,10 +10,12 @@ namespace kroconv {
 int Convert(int argc, char** argv);
 int Sheet(int argc, char** argv);
 int Compare(int argc, char** argv);
+int Model(int argc, char** argv);
 
 void ConvertHelp();
 void SheetHelp();
 void CompareHelp();
+void ModelHelp();
 
 // A library call's status: errors end the command; warnings are reported and the work kept.
 void CheckStatus(kroStatus status, const char* function);

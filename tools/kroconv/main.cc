@@ -5,6 +5,7 @@
 #include <new>
 #include <string>
 
+#include "colour.h"
 #include "commands.h"
 #include "tool.h"
 
@@ -37,9 +38,16 @@ const Command kCommands[] = {
      kroconv::ConvertHelp},
     {"compare", "print the largest and mean sample difference of two images", kroconv::Compare,
      kroconv::CompareHelp},
+    {"model", "show a colour image's channels in another colour model", kroconv::Model,
+     kroconv::ModelHelp},
     {"sheet", "lay images out side by side with labels (a contact sheet)", kroconv::Sheet,
      kroconv::SheetHelp},
 };
+
+// model is offered only when the library has a colour matrix.
+bool Offered(const Command& c) {
+  return std::strcmp(c.name, "model") != 0 || !kroconv::Matrices().empty();
+}
 
 void Help() {
   const KroVersionRecord* v = kroccGetLibVersion();
@@ -49,7 +57,8 @@ void Help() {
       "       kroconv <subcommand> --help\n"
       "       kroconv --version\n\nsubcommands in this build:\n",
       v->name, v->versionText);
-  for (const Command& c : kCommands) std::printf("  %-9s %s\n", c.name, c.summary);
+  for (const Command& c : kCommands)
+    if (Offered(c)) std::printf("  %-9s %s\n", c.name, c.summary);
   std::printf(
       "\nexit codes: 0 done (warnings from the library are printed, output kept), 1 usage,\n"
       "2 file cannot be opened/read/written, 3 file contents do not fit, 4 library error\n");
@@ -70,7 +79,7 @@ int main(int argc, char** argv) {
       return 0;
     }
     for (const Command& c : kCommands) {
-      if (std::strcmp(argv[1], c.name)) continue;
+      if (std::strcmp(argv[1], c.name) || !Offered(c)) continue;
       for (int i = 2; i < argc; ++i)
         if (!std::strcmp(argv[i], "--help") || !std::strcmp(argv[i], "-h")) {
           c.help();

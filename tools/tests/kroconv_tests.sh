@@ -133,7 +133,7 @@ case $CASE in
     tail -c 75 c.ppm | od -An -tu1 -v -w3 | awk '{print $1}' >want.txt
     tail -c 25 r.pgm | od -An -tu1 -v -w1 | awk '{print $1}' >got.txt
     cmp -s want.txt got.txt || fail "--channel r took the wrong samples"
-    expect_error 1 "colour image to YUV" c.yuv -- convert c.ppm c.yuv --to nv12
+    expect_error 1 "a colour image to" c.yuv -- convert c.ppm c.yuv --to nv12
     expect_error 1 "YUV to a colour image" c.png -- convert g.yuv c.png --from i420 --size 9x6
     ;;
   yuv_layouts_420)
@@ -259,6 +259,53 @@ case $CASE in
     printf 'P6\n4 4\n255\n' >short.ppm
     "$K" convert short.ppm old.png 2>/dev/null && fail "short input accepted"
     [ "$(cat old.png)" = keep ] || fail "failed conversion touched an existing output"
+    ;;
+  model)
+    if ! "$K" --help | grep -q '^  model '; then
+      expect_error 1 "unknown subcommand 'model'" "" -- model a.png b.png --to yuv
+      exit 0
+    fi
+    # A grey picture (R = G = B) has luma equal to its level and neutral chroma.
+    printf 'P6\n4 2\n255\n' >g.ppm
+    for v in 0 17 64 128 200 255 3 99; do printf "\\$(printf %o $v)%.0s" 1 2 3; done >>g.ppm
+    ok model g.ppm packed.ppm --to yuv --layout packed
+    tail -c 24 g.ppm | od -An -tu1 -v -w3 | awk '{print $1}' >level.txt
+    tail -c 24 packed.ppm | od -An -tu1 -v -w3 >yuv.txt
+    paste level.txt yuv.txt | awk '{ d = $1 - $2; if (d < -1 || d > 1 || $3 < 127 || $3 > 129 || $4 < 127 || $4 > 129) bad = 1 } END { exit bad }' ||
+      fail "grey to YUV: $(paste level.txt yuv.txt | tr '\n' ';')"
+    # The strip holds the same three channels side by side.
+    ok model g.ppm strip.pgm --to yuv
+    head -2 strip.pgm | tail -1 | grep -q '^12 2$' || fail "strip size"
+    for c in 0 1 2; do
+      tail -c 24 packed.ppm | od -An -tu1 -v -w3 | awk -v c=$((c + 1)) '{print $c}' >p$c.txt
+      tail -c 24 strip.pgm | od -An -tu1 -v -w4 | awk -v c=$c 'NR % 3 == c + 1' | tr -s ' ' '\n' | sed '/^$/d' >s$c.txt
+    done
+    cat p0.txt p1.txt p2.txt | paste -sd' ' >a.txt
+    for r in 0 1; do for c in 0 1 2; do sed -n "$((r * 4 + 1)),$((r * 4 + 4))p" p$c.txt; done; done | paste -sd' ' >want.txt
+    tail -c 24 strip.pgm | od -An -tu1 -v -w1 | awk '{print $1}' | paste -sd' ' >got.txt
+    cmp -s want.txt got.txt || fail "strip differs from packed: $(cat want.txt) / $(cat got.txt)"
+    expect_error 1 "unknown matrix 'nosuch'" o.png -- model g.ppm o.png --to nosuch
+    expect_error 1 "--layout wants strip or packed" o.png -- model g.ppm o.png --to yuv --layout side
+    expect_error 1 "needs --to" o.png -- model g.ppm o.png
+    ;;
+  colour_roundtrip)
+    if ! "$K" convert --help | grep -q '^  yuv '; then
+      ppm 4 4 >c.ppm
+      expect_error 1 "colour image to YUV" c.yuv -- convert c.ppm c.yuv --to i444
+      exit 0
+    fi
+    # Moderate colours (96..159) stay inside the YUV range; rounding U (scaled back by 1/0.492)
+    # and V in 8 bits puts the way back within 3 steps.
+    printf 'P6\n9 7\n255\n' >c.ppm
+    bytes $((9 * 7 * 3)) 5 | od -An -tu1 -v -w1 | awk '{printf "%c", 96 + $1 % 64}' LC_ALL=C >>c.ppm
+    ok convert c.ppm c.yuv --to i444
+    [ "$(stat -c %s c.yuv)" -eq $((9 * 7 * 3)) ] || fail "i444 size"
+    ok convert c.yuv back.ppm --from i444 --size 9x7
+    "$K" compare c.ppm back.ppm | awk '{ exit !($2 <= 3) }' || fail "round trip: $("$K" compare c.ppm back.ppm)"
+    ok convert c.ppm c.y4m && head -1 c.y4m | grep -q 'C444$' || fail "colour Y4M is not 4:4:4"
+    ok convert c.y4m back2.ppm && cmp -s back.ppm back2.ppm || fail "Y4M and raw 4:4:4 differ"
+    expect_error 1 "needs chroma subsampling" c.nv12 -- convert c.ppm c.nv12 --to nv12
+    expect_error 1 "unknown matrix 'bt2020'" c2.yuv -- convert c.ppm c2.yuv --to i444 --matrix bt2020
     ;;
   *) fail "unknown case" ;;
 esac
