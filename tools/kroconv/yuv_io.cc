@@ -175,7 +175,9 @@ void WriteRawYuv(const std::vector<Yuv>& frames, const Layout& layout, const std
   size_t frame = FrameBytes(layout, frames[0].width, frames[0].height);
   std::vector<uint8_t> buffer(frame);
   OutFile out(path);
+  Progress progress("writing " + path, static_cast<long>(frames.size()));
   for (const Yuv& f : frames) {
+    progress.Step(&f - frames.data());
     if (f.sub != layout.sub)
       Fail(kExitUsage, std::string("a ") + SubName(f.sub) + " frame does not fit layout " + layout.name);
     Pack(f, layout, buffer.data());
@@ -257,7 +259,9 @@ void WriteY4m(const std::vector<Yuv>& frames, const std::string& path) {
   std::vector<uint8_t> buffer(FrameBytes(layout, f0.width, f0.height));
   OutFile out(path);
   out.Write(header.data(), header.size());
+  Progress progress("writing " + path, static_cast<long>(frames.size()));
   for (const Yuv& f : frames) {
+    progress.Step(&f - frames.data());
     Pack(f, layout, buffer.data());
     out.Write("FRAME\n", 6);
     out.Write(buffer.data(), buffer.size());
