@@ -59,6 +59,11 @@ template <class T>
 Samples<T> Packed(T* row, int bytes) {
   return {{row, row + 1, row + 2}, bytes};
 }
+// BGR rows: packed rows whose components run backwards.
+template <class T>
+Samples<T> PackedBgr(T* row, int bytes) {
+  return {{row + 2, row + 1, row}, bytes};
+}
 template <class T, class P>
 Samples<T> Planar(P planes, int step, int y) {
   return {{RowOf(planes[0], step, y), RowOf(planes[1], step, y), RowOf(planes[2], step, y)}, 1};
@@ -178,16 +183,24 @@ inline Lanes ConvertBytes(const Lanes& in) {
           _mm_packus_epi16(lo.c2, hi.c2)};
 }
 
-// Packed rows have stride 3 (component k at ptr[k] = row + k), planar rows stride 1.
+// Packed rows have stride 3 (component k at ptr[k] = row + k, or row + 2 - k for rows stored
+// backwards such as BGR), planar rows stride 1.
 template <int kPixels>
 inline Lanes Load(const Samples<const uint8_t>& s, int x) {
-  if (s.stride == 3) return LoadPacked<kPixels>(s.ptr[0] + 3 * x);
+  if (s.stride == 3) {
+    if (s.ptr[0] < s.ptr[2]) return LoadPacked<kPixels>(s.ptr[0] + 3 * x);
+    const Lanes v = LoadPacked<kPixels>(s.ptr[2] + 3 * x);  // components stored backwards
+    return {v.c2, v.c1, v.c0};
+  }
   return {LoadPlane<kPixels>(s.ptr[0] + x), LoadPlane<kPixels>(s.ptr[1] + x),
           LoadPlane<kPixels>(s.ptr[2] + x)};
 }
 template <int kPixels, int kOnly>
 inline void Store(const Samples<uint8_t>& d, int x, const Lanes& v) {
-  if (d.stride == 3) return StorePacked<kPixels>(d.ptr[0] + 3 * x, v);
+  if (d.stride == 3) {
+    if (d.ptr[0] < d.ptr[2]) return StorePacked<kPixels>(d.ptr[0] + 3 * x, v);
+    return StorePacked<kPixels>(d.ptr[2] + 3 * x, {v.c2, v.c1, v.c0});  // stored backwards
+  }
   if (kOnly < 0 || kOnly == 0) StorePlane<kPixels>(d.ptr[0] + x, v.c0);
   if (kOnly < 0 || kOnly == 1) StorePlane<kPixels>(d.ptr[1] + x, v.c1);
   if (kOnly < 0 || kOnly == 2) StorePlane<kPixels>(d.ptr[2] + x, v.c2);

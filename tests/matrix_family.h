@@ -1,0 +1,250 @@
+// Shared harness of the full-resolution matrix families: images in every layout with canary
+// margins, a table row per export (layouts, block size, formulas, alpha rule, check order), and
+// the tests every export of such a family must pass, parameterised over the table.
+#pragma once
+
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "color/matrix_rows.h"
+#include "support.h"
+
+namespace kro::test {
+
+using color::Px;
+
+// An image in one of the family's layouts: packed with 3 or 4 bytes per pixel, or 3 or 4 planes
+// sharing one step. Every plane has canary margins.
+struct Image {
+  bool planar;
+  int channels, width, height;
+  std::vector<std::unique_ptr<Plane>> planes;
+  const uint8_t* cptrs[4] = {};
+  uint8_t* ptrs[4] = {};
+
+  Image(bool isPlanar, int ch, int w, int h, int pad = 0, int offset = 0)
+      : planar(isPlanar), channels(ch), width(w), height(h) {
+    const int rowBytes = planar ? w : w * ch;
+    for (int p = 0; p < (planar ? ch : 1); ++p) {
+      planes.push_back(std::make_unique<Plane>(rowBytes, h, rowBytes + pad, offset + 5 * p));
+      ptrs[p] = planes.back()->data();
+      cptrs[p] = ptrs[p];
+    }
+  }
+  int forcedStep = -1;  // >= 0: the step passed instead of the planes' own
+  int step() const { return forcedStep >= 0 ? forcedStep : planes[0]->step(); }
+  uint8_t& at(int x, int y, int c) {
+    return planar ? planes[c]->row(y)[x] : planes[0]->row(y)[x * channels + c];
+  }
+  void Random(std::mt19937& rng) {
+    for (auto& p : planes) p->FillRandom(rng);
+  }
+  void Snapshot() {
+    for (auto& p : planes) p->Snapshot();
+  }
+  bool Unchanged() const {
+    for (auto& p : planes)
+      if (!p->Unchanged()) return false;
+    return true;
+  }
+  bool CanariesIntact() const {
+    for (auto& p : planes)
+      if (!p->CanariesIntact()) return false;
+    return true;
+  }
+};
+
+// How an export treats the destination's fourth component.
+enum class Alpha { kNone, kUntouched, kFromSource, kFixed };
+constexpr uint8_t kAlphaValue = 0x77;
+
+using Call = std::function<kroStatus(Image& src, Image& dst, KroSize roi)>;
+
+struct Export {
+  std::string name;
+  bool srcPlanar;
+  int srcChannels;
+  bool dstPlanar;
+  int dstChannels;
+  int block;  // 0: every pixel takes the tail formula
+  color::PixelFn blockFn, tailFn;
+  Alpha alpha;
+  Call call;
+  bool dstBackwards = false;     // BGR destination: the formula's R lands in byte 2
+  bool planesBeforeSize = false; // plane pointers tested before the size
+};
+
+#define PACKED_TO_PACKED(fn) \
+  [](Image& s, Image& d, KroSize r) { return fn(s.cptrs[0], s.step(), d.ptrs[0], d.step(), r); }
+#define PACKED_TO_PLANES(fn) \
+  [](Image& s, Image& d, KroSize r) { return fn(s.cptrs[0], s.step(), d.ptrs, d.step(), r); }
+#define PLANES_TO_PLANES(fn) \
+  [](Image& s, Image& d, KroSize r) { return fn(s.cptrs, s.step(), d.ptrs, d.step(), r); }
+#define PLANES_TO_PACKED(fn) \
+  [](Image& s, Image& d, KroSize r) { return fn(s.cptrs, s.step(), d.ptrs[0], d.step(), r); }
+
+inline void PrintTo(const Export& e, std::ostream* os) { *os << e.name; }
+
+class MatrixFamily : public testing::TestWithParam<Export> {};
+
+// Runs the export on src into a fresh destination and checks every pixel against the formula
+// its position calls for, the alpha rule, and the canaries.
+inline void ExpectFormulas(const Export& e, Image& src, int pad, int offset) {
+  Image dst(e.dstPlanar, e.dstChannels, src.width, src.height, pad, offset);
+  ASSERT_EQ(e.call(src, dst, {src.width, src.height}), kroStatusOk);
+  const int body = e.block ? (src.width & ~(e.block - 1)) : 0;
+  for (int y = 0; y < src.height; ++y) {
+    for (int x = 0; x < src.width; ++x) {
+      const Px want = (x < body ? e.blockFn : e.tailFn)(src.at(x, y, 0), src.at(x, y, 1),
+                                                         src.at(x, y, 2));
+      const int first = e.dstBackwards ? 2 : 0, last = 2 - first;
+      const Px got = {dst.at(x, y, first), dst.at(x, y, 1), dst.at(x, y, last)};
+      ASSERT_TRUE(want.c0 == got.c0 && want.c1 == got.c1 && want.c2 == got.c2)
+          << "pixel " << x << "," << y << " of width " << src.width << ": got " << int(got.c0)
+          << " " << int(got.c1) << " " << int(got.c2) << ", want " << int(want.c0) << " "
+          << int(want.c1) << " " << int(want.c2);
+      const int alpha = e.alpha == Alpha::kUntouched    ? kCanary
+                        : e.alpha == Alpha::kFromSource ? src.at(x, y, 3)
+                        : e.alpha == Alpha::kFixed      ? kAlphaValue
+                                                        : -1;
+      if (alpha >= 0) {
+        ASSERT_EQ(dst.at(x, y, 3), alpha) << "alpha of pixel " << x;
+      }
+    }
+  }
+  ASSERT_TRUE(dst.CanariesIntact()) << "width " << src.width;
+}
+
+// Random data at every width 1..130 (each block and tail boundary), odd padded steps and
+// unaligned starts: block pixels follow the block formula, the rest the tail formula.
+TEST_P(MatrixFamily, EveryPixelFollowsItsPositionsFormula) {
+  const Export& e = GetParam();
+  std::mt19937 rng(42);
+  for (int width : test::AllWidths()) {
+    for (auto [height, pad, offset] : {std::tuple{1, 0, 0}, {3, 7, 1}, {2, 64, 13}}) {
+      Image src(e.srcPlanar, e.srcChannels, width, height, pad, offset);
+      src.Random(rng);
+      ExpectFormulas(e, src, pad + 3, offset + 2);
+      if (HasFatalFailure()) return;
+    }
+  }
+}
+
+// A step of 0 names the same row for every row of the image: height 4 gives the one-row result.
+TEST_P(MatrixFamily, StepZeroRepeatsOneRow) {
+  const Export& e = GetParam();
+  std::mt19937 rng(3);
+  Image src(e.srcPlanar, e.srcChannels, 37, 1), ref(e.dstPlanar, e.dstChannels, 37, 1);
+  src.Random(rng);
+  ASSERT_EQ(e.call(src, ref, {37, 1}), kroStatusOk);
+  Image dst(e.dstPlanar, e.dstChannels, 37, 1);
+  src.forcedStep = dst.forcedStep = 0;
+  ASSERT_EQ(e.call(src, dst, {37, 4}), kroStatusOk);
+  for (int p = 0; p < (e.dstPlanar ? e.dstChannels : 1); ++p) {
+    EXPECT_EQ(dst.planes[p]->Region(), ref.planes[p]->Region());
+  }
+  EXPECT_TRUE(dst.CanariesIntact());
+}
+
+// Buffers that end exactly at an inaccessible page: no byte past the last pixel is touched.
+TEST_P(MatrixFamily, StaysInsideBuffersThatEndAtAPage) {
+  const Export& e = GetParam();
+  for (int width : {1, 7, 8, 9, 15, 16, 17, 33}) {
+    const int srcBytes = e.srcPlanar ? width : width * e.srcChannels;
+    const int dstBytes = e.dstPlanar ? width : width * e.dstChannels;
+    std::vector<std::unique_ptr<GuardedBuffer>> bufs;
+    Image src(e.srcPlanar, e.srcChannels, width, 1), dst(e.dstPlanar, e.dstChannels, width, 1);
+    for (int p = 0; p < (e.srcPlanar ? e.srcChannels : 1); ++p) {
+      bufs.push_back(std::make_unique<GuardedBuffer>(srcBytes));
+      std::memset(bufs.back()->data(), 0x80 + p, srcBytes);
+      src.cptrs[p] = bufs.back()->data();
+    }
+    for (int p = 0; p < (e.dstPlanar ? e.dstChannels : 1); ++p) {
+      bufs.push_back(std::make_unique<GuardedBuffer>(dstBytes));
+      dst.ptrs[p] = bufs.back()->data();
+    }
+    EXPECT_EQ(e.call(src, dst, {width, 1}), kroStatusOk) << width;
+  }
+}
+
+// Statuses in each export's order: pointers first, then the size, then plane pointers; nothing
+// is written on any error.
+TEST_P(MatrixFamily, ChecksInOrderAndWritesNothingOnError) {
+  const Export& e = GetParam();
+  Image src(e.srcPlanar, e.srcChannels, 8, 2), dst(e.dstPlanar, e.dstChannels, 8, 2);
+  dst.Snapshot();
+  auto expect = [&](kroStatus want, KroSize roi, const char* what) {
+    EXPECT_EQ(e.call(src, dst, roi), want) << what;
+    EXPECT_TRUE(dst.Unchanged()) << what;
+  };
+  expect(kroStatusBadSize, {0, 2}, "width 0");
+  expect(kroStatusBadSize, {8, -1}, "height -1");
+  // A null image (packed) before the size.
+  if (!e.srcPlanar) {
+    const uint8_t* keep = src.cptrs[0];
+    src.cptrs[0] = nullptr;
+    expect(kroStatusNullPointer, {0, 0}, "null source and bad size");
+    src.cptrs[0] = keep;
+  }
+  if (!e.dstPlanar) {
+    uint8_t* keep = dst.ptrs[0];
+    dst.ptrs[0] = nullptr;
+    expect(kroStatusNullPointer, {0, 0}, "null destination and bad size");
+    dst.ptrs[0] = keep;
+  }
+  // Plane pointers after the size, or before it where the export says so (a fourth
+  // destination plane not at all).
+  for (int p = 0; p < 3; ++p) {
+    if (e.srcPlanar) {
+      const uint8_t* keep = src.cptrs[p];
+      src.cptrs[p] = nullptr;
+      expect(e.planesBeforeSize ? kroStatusNullPointer : kroStatusBadSize, {8, 0},
+             "null source plane and bad size");
+      expect(kroStatusNullPointer, {8, 2}, "null source plane");
+      src.cptrs[p] = keep;
+    }
+    if (e.dstPlanar) {
+      uint8_t* keep = dst.ptrs[p];
+      dst.ptrs[p] = nullptr;
+      expect(e.planesBeforeSize ? kroStatusNullPointer : kroStatusBadSize, {-8, 2},
+             "null destination plane and bad size");
+      expect(kroStatusNullPointer, {8, 2}, "null destination plane");
+      dst.ptrs[p] = keep;
+    }
+  }
+}
+
+// A row of `width` copies of one colour through an export; returns the destination image.
+inline Image RunSolid(const Export& e, int width, int a, int b, int c) {
+  Image src(e.srcPlanar, e.srcChannels, width, 1);
+  for (int x = 0; x < width; ++x) {
+    src.at(x, 0, 0) = static_cast<uint8_t>(a);
+    src.at(x, 0, 1) = static_cast<uint8_t>(b);
+    src.at(x, 0, 2) = static_cast<uint8_t>(c);
+    if (e.srcChannels == 4) src.at(x, 0, 3) = 0xEE;
+  }
+  Image dst(e.dstPlanar, e.dstChannels, width, 1);
+  EXPECT_EQ(e.call(src, dst, {width, 1}), kroStatusOk);
+  return dst;
+}
+
+inline const Export& Find(const std::vector<Export>& all, const char* name) {
+  for (const Export& e : all)
+    if (e.name == name) return e;
+  throw std::runtime_error(name);
+}
+
+inline void ExpectPixel(Image& img, int x, int a, int b, int c, const char* what) {
+  EXPECT_EQ(img.at(x, 0, 0), a) << what << " pixel " << x;
+  EXPECT_EQ(img.at(x, 0, 1), b) << what << " pixel " << x;
+  EXPECT_EQ(img.at(x, 0, 2), c) << what << " pixel " << x;
+}
+
+}  // namespace kro::test
