@@ -1,0 +1,102 @@
+// kroconv: converts image files through the library's exports.
+#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <new>
+#include <string>
+
+#include "colour.h"
+#include "commands.h"
+#include "tool.h"
+
+namespace kroconv {
+
+bool g_warned = false;
+
+void CheckStatus(kroStatus status, const char* function) {
+  if (status < 0)
+    Fail(kExitLibrary, std::string(function) + " failed with status " + std::to_string(status));
+  if (status > 0) {
+    std::fprintf(stderr, "kroconv: warning: %s returned status %d; output kept\n", function, status);
+    g_warned = true;
+  }
+}
+
+}  // namespace kroconv
+
+namespace {
+
+struct Command {
+  const char* name;
+  const char* summary;
+  int (*run)(int, char**);
+  void (*help)();
+};
+
+const Command kCommands[] = {
+    {"convert", "convert between PNG, PPM/PGM, raw YUV layouts, Y4M and raw Bayer", kroconv::Convert,
+     kroconv::ConvertHelp},
+    {"compare", "print the largest and mean sample difference of two images", kroconv::Compare,
+     kroconv::CompareHelp},
+    {"model", "show a colour image's channels in another colour model", kroconv::Model,
+     kroconv::ModelHelp},
+    {"sheet", "lay images out side by side with labels (a contact sheet)", kroconv::Sheet,
+     kroconv::SheetHelp},
+};
+
+// model is offered only when the library has a colour matrix.
+bool Offered(const Command& c) {
+  return std::strcmp(c.name, "model") != 0 || !kroconv::Matrices().empty();
+}
+
+void Help() {
+  const KroVersionRecord* v = kroccGetLibVersion();
+  std::printf(
+      "kroconv: convert image files with the %s library %s\n\n"
+      "usage: kroconv <subcommand> [options] ...\n"
+      "       kroconv <subcommand> --help\n"
+      "       kroconv --version\n\nsubcommands in this build:\n",
+      v->name, v->versionText);
+  for (const Command& c : kCommands)
+    if (Offered(c)) std::printf("  %-9s %s\n", c.name, c.summary);
+  std::printf(
+      "\nexit codes: 0 done (warnings from the library are printed, output kept), 1 usage,\n"
+      "2 file cannot be opened/read/written, 3 file contents do not fit, 4 library error\n");
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    if (argc < 2 || !std::strcmp(argv[1], "--help") || !std::strcmp(argv[1], "-h") ||
+        !std::strcmp(argv[1], "help")) {
+      Help();
+      return argc < 2 ? kroconv::kExitUsage : 0;
+    }
+    if (!std::strcmp(argv[1], "--version")) {
+      const KroVersionRecord* v = kroccGetLibVersion();
+      std::printf("kroconv with %s %s (%s)\n", v->name, v->versionText, v->dateText);
+      return 0;
+    }
+    for (const Command& c : kCommands) {
+      if (std::strcmp(argv[1], c.name) || !Offered(c)) continue;
+      for (int i = 2; i < argc; ++i)
+        if (!std::strcmp(argv[i], "--help") || !std::strcmp(argv[i], "-h")) {
+          c.help();
+          return 0;
+        }
+      return c.run(argc - 2, argv + 2);
+    }
+    std::fprintf(stderr, "kroconv: unknown subcommand '%s' (kroconv --help lists them)\n", argv[1]);
+    return kroconv::kExitUsage;
+  } catch (const kroconv::Error& e) {
+    std::fprintf(stderr, "kroconv: %s\n", e.message.c_str());
+    return e.code;
+  } catch (const std::bad_alloc&) {
+    std::fprintf(stderr, "kroconv: out of memory\n");
+    return kroconv::kExitData;
+  } catch (const std::exception& e) {
+    std::fprintf(stderr, "kroconv: %s\n", e.what());
+    return kroconv::kExitData;
+  }
+}
