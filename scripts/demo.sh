@@ -93,7 +93,7 @@ row "RGB -> RGGB mosaic (shown as grey)" "$(awk -v a="$a" -v b="$MS" 'BEGIN{prin
 SHEET+=("rggb mosaic=$OUT/bayer-rggb.png")
 
 # Contact sheet.
-run sheet "$OUT/contact-sheet.png" --columns 4 --title "KROCC $("$K" --version | awk "{print \$(NF-1)}") DEMO" "${SHEET[@]}"
+run sheet "$OUT/contact-sheet.png" --columns 4 --title "KROCC $("$K" --version | grep -o "[0-9]*\.[0-9]*\.[0-9]*" | head -1) DEMO" "${SHEET[@]}"
 row "contact sheet" "$MS"
 rm -rf "$OUT/work"
 
