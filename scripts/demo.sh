@@ -73,7 +73,8 @@ SHEET+=("422 layouts=$OUT/layouts-422.png")
 
 # Colour models this build has (the convert help lists them), each as a full-resolution 4:4:4
 # round trip and as a strip of its three channels.
-for m in $("$K" convert --help | awk '/^colour matrices/ { on = 1; next } on && /^  / { print $1 } on && !/^  / { on = 0 }'); do
+# (Matrices marked "only" decode and are skipped here.)
+for m in $("$K" convert --help | awk '/^colour matrices/ { on = 1; next } on && /^  / && !/only/ { print $1 } on && !/^  / { on = 0 }'); do
   run convert "$CHART" "$OUT/work/chart-$m.yuv" --to i444 --matrix "$m"; a=$MS
   run convert "$OUT/work/chart-$m.yuv" "$OUT/rgb-$m-rgb.png" --from i444 --size "${W}x$H" --matrix "$m"
   row "RGB -> $m 4:4:4 -> RGB" "$(awk -v a="$a" -v b="$MS" 'BEGIN{print a + b}')" "$CHART" "$OUT/rgb-$m-rgb.png"
@@ -92,7 +93,7 @@ row "RGB -> RGGB mosaic (shown as grey)" "$(awk -v a="$a" -v b="$MS" 'BEGIN{prin
 SHEET+=("rggb mosaic=$OUT/bayer-rggb.png")
 
 # Contact sheet.
-run sheet "$OUT/contact-sheet.png" --columns 4 --title "KROCC $("$K" --version | awk "{print \$(NF-1)}") DEMO" "${SHEET[@]}"
+run sheet "$OUT/contact-sheet.png" --columns 4 --title "KROCC $("$K" --version | grep -o "[0-9]*\.[0-9]*\.[0-9]*" | head -1) DEMO" "${SHEET[@]}"
 row "contact sheet" "$MS"
 rm -rf "$OUT/work"
 

@@ -109,10 +109,13 @@ Yuv GreyAsYuv(const Image& grey, Sub sub) {
   Fail(kExitUsage, what + " needs colour conversion that this build's library does not have");
 }
 
-// The matrix asked for, or the first this build has; fails when there is none.
-const Matrix& ChooseMatrix(const Args& a, const std::string& what) {
+// The matrix asked for, or the first this build has for the direction; fails when there is none.
+const Matrix& ChooseMatrix(const Args& a, const std::string& what, bool forward) {
   if (Matrices().empty()) NeedsFamily(what);
-  return a.Has("matrix") ? FindMatrix(a.Get("matrix")) : Matrices().front();
+  if (a.Has("matrix")) return FindMatrix(a.Get("matrix"));
+  for (const Matrix& m : Matrices())
+    if (!forward || HasForward(m)) return m;
+  NeedsFamily(what);
 }
 
 void WriteFrames(const std::vector<Yuv>& frames, const Source& to, const std::string& out) {
@@ -200,7 +203,7 @@ int Convert(int argc, char** argv) {
       case Kind::kRawYuv:
       case Kind::kY4m: {
         if (image.channels != 1) {
-          const Matrix& m = ChooseMatrix(a, "a colour image to YUV");
+          const Matrix& m = ChooseMatrix(a, "a colour image to YUV", true);
           if (to.kind == Kind::kRawYuv && to.layout->sub != Sub::k444)
             Fail(kExitUsage, std::string("a colour image to ") + SubName(to.layout->sub) +
                                  " needs chroma subsampling, which this build does not offer (use --to i444)");
@@ -237,7 +240,7 @@ int Convert(int argc, char** argv) {
       else if (a.Has("luma") || f.sub == Sub::kMono)
         WriteImage(LumaOf(f), out);
       else if (f.sub == Sub::k444 && !Matrices().empty())
-        WriteImage(Rgb444ToImage(f, ChooseMatrix(a, "YUV to a colour image")), out);
+        WriteImage(Rgb444ToImage(f, ChooseMatrix(a, "YUV to a colour image", false)), out);
       else if (f.sub == Sub::k444)
         NeedsFamily("YUV to a colour image (use --luma or --planes to look at the planes)");
       else

@@ -16,7 +16,8 @@ void ModelHelp() {
       "  strip   (default) the three channels side by side as one grey image, 3W x H\n"
       "  packed  the three channels in the R, G, B places of a colour image\n\n"
       "models in this build:\n");
-  for (const Matrix& m : Matrices()) std::printf("  %-6s %s\n", m.name, m.text);
+  for (const Matrix& m : Matrices())
+    if (HasForward(m)) std::printf("  %-6s %s\n", m.name, m.text);
 }
 
 int Model(int argc, char** argv) {

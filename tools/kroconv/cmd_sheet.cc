@@ -60,7 +60,7 @@ int Sheet(int argc, char** argv) {
         for (int c = 0; c < 3; ++c)
           sheet.At(x0 + x, y0 + y, c) =
               static_cast<uint16_t>(im.At(x, y, im.channels == 3 ? c : 0) >> shift);
-    DrawText(sheet, x0, y0 + cell_h + 4, labels[static_cast<size_t>(i)], scale, 255);
+    DrawText(sheet, x0, y0 + im.height + 4, labels[static_cast<size_t>(i)], scale, 255);
   }
   WritePng(sheet, out);
   return kExitOk;

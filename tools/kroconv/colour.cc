@@ -2,6 +2,8 @@
 // list has its functions (KRO_HAS_<name> comes from the list).
 #include "colour.h"
 
+#include <utility>
+
 #include "commands.h"
 #include "krocc.h"
 
@@ -13,18 +15,28 @@ using Inverse = kroStatus (*)(const Kro8u* const[3], int, Kro8u*, int, KroSize);
 
 struct Entry {
   Matrix matrix;
-  Forward forward;
+  Forward forward;  // null: this build can only decode with this matrix
   const char* forward_name;
   Inverse inverse;
   const char* inverse_name;
+  bool inverse_gives_bgr;  // the inverse writes B, G, R; the tool swaps R and B back
 };
 
 const std::vector<Entry>& Entries() {
   static const std::vector<Entry> entries = {
+#if defined(KRO_HAS_kroiRGBToYCbCr_8u_C3P3R) && defined(KRO_HAS_kroiYCbCrToRGB_8u_P3C3R)
+      {{"bt601", "YCbCr, studio range (Y 16..235, Cb/Cr 16..240), 601 coefficients"},
+       kroiRGBToYCbCr_8u_C3P3R, "kroiRGBToYCbCr_8u_C3P3R", kroiYCbCrToRGB_8u_P3C3R,
+       "kroiYCbCrToRGB_8u_P3C3R", false},
+#endif
+#if defined(KRO_HAS_kroiYCbCrToBGR_709CSC_8u_P3C3R)
+      {{"bt709", "YCbCr, studio range, 709 coefficients (YUV to RGB only)"}, nullptr, "",
+       kroiYCbCrToBGR_709CSC_8u_P3C3R, "kroiYCbCrToBGR_709CSC_8u_P3C3R", true},
+#endif
 #if defined(KRO_HAS_kroiRGBToYUV_8u_C3P3R) && defined(KRO_HAS_kroiYUVToRGB_8u_P3C3R)
       {{"yuv", "analog YUV: U = 0.492 (B - Y), V = 0.877 (R - Y), offset 128"},
        kroiRGBToYUV_8u_C3P3R, "kroiRGBToYUV_8u_C3P3R", kroiYUVToRGB_8u_P3C3R,
-       "kroiYUVToRGB_8u_P3C3R"},
+       "kroiYUVToRGB_8u_P3C3R", false},
 #endif
   };
   return entries;
@@ -37,6 +49,8 @@ const Entry& FindEntry(const Matrix& m) {
 }
 
 }  // namespace
+
+bool HasForward(const Matrix& m) { return FindEntry(m).forward != nullptr; }
 
 const std::vector<Matrix>& Matrices() {
   static const std::vector<Matrix> list = [] {
@@ -60,6 +74,8 @@ const Matrix& FindMatrix(const std::string& name) {
 Yuv RgbTo444(const Image& rgb, const Matrix& m) {
   if (rgb.channels != 3 || rgb.bits != 8) Fail(kExitUsage, "colour conversion wants an 8-bit colour image");
   const Entry& e = FindEntry(m);
+  if (!e.forward)
+    Fail(kExitUsage, std::string("matrix ") + m.name + " only converts YUV to RGB in this build");
   std::vector<Kro8u> packed(rgb.samples.begin(), rgb.samples.end());
   Yuv f;
   f.Resize(rgb.width, rgb.height, Sub::k444);
@@ -79,6 +95,8 @@ Image Rgb444ToImage(const Yuv& f, const Matrix& m) {
   Image out;
   out.Resize(f.width, f.height, 3, 8);
   for (size_t i = 0; i < packed.size(); ++i) out.samples[i] = packed[i];
+  if (e.inverse_gives_bgr)
+    for (size_t i = 0; i < out.samples.size(); i += 3) std::swap(out.samples[i], out.samples[i + 2]);
   return out;
 }
 

@@ -17,6 +17,9 @@ struct Matrix {
 const std::vector<Matrix>& Matrices();
 const Matrix& FindMatrix(const std::string& name);  // fails naming the choices
 
+// Whether this build can convert RGB to the matrix's YUV (some matrices only decode).
+bool HasForward(const Matrix& m);
+
 // RGB (8-bit, 3 channels) to a 4:4:4 frame and back.
 Yuv RgbTo444(const Image& rgb, const Matrix& m);
 Image Rgb444ToImage(const Yuv& frame, const Matrix& m);

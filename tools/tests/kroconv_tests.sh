@@ -298,14 +298,28 @@ case $CASE in
     # and V in 8 bits puts the way back within 3 steps.
     printf 'P6\n9 7\n255\n' >c.ppm
     bytes $((9 * 7 * 3)) 5 | od -An -tu1 -v -w1 | awk '{printf "%c", 96 + $1 % 64}' LC_ALL=C >>c.ppm
-    ok convert c.ppm c.yuv --to i444
-    [ "$(stat -c %s c.yuv)" -eq $((9 * 7 * 3)) ] || fail "i444 size"
-    ok convert c.yuv back.ppm --from i444 --size 9x7
-    "$K" compare c.ppm back.ppm | awk '{ exit !($2 <= 3) }' || fail "round trip: $("$K" compare c.ppm back.ppm)"
+    for m in $("$K" convert --help | awk '/^colour matrices/ { on = 1; next } on && /^  / && !/only/ { print $1 } on && !/^  / { on = 0 }'); do
+      ok convert c.ppm c.yuv --to i444 --matrix "$m"
+      [ "$(stat -c %s c.yuv)" -eq $((9 * 7 * 3)) ] || fail "i444 size"
+      ok convert c.yuv back.ppm --from i444 --size 9x7 --matrix "$m"
+      "$K" compare c.ppm back.ppm | awk '{ exit !($2 <= 3) }' || fail "$m round trip: $("$K" compare c.ppm back.ppm)"
+    done
+    # Without --matrix: the first matrix that converts both ways.
+    ok convert c.ppm c.yuv --to i444 && ok convert c.yuv back.ppm --from i444 --size 9x7
     ok convert c.ppm c.y4m && head -1 c.y4m | grep -q 'C444$' || fail "colour Y4M is not 4:4:4"
     ok convert c.y4m back2.ppm && cmp -s back.ppm back2.ppm || fail "Y4M and raw 4:4:4 differ"
     expect_error 1 "needs chroma subsampling" c.nv12 -- convert c.ppm c.nv12 --to nv12
     expect_error 1 "unknown matrix 'bt2020'" c2.yuv -- convert c.ppm c2.yuv --to i444 --matrix bt2020
+    ;;
+  decode_only)
+    if ! "$K" convert --help | grep -q '^  bt709 .*only'; then exit 0; fi
+    ppm 2 2 >c.ppm
+    expect_error 1 "bt709 only converts YUV to RGB" c.yuv -- convert c.ppm c.yuv --to i444 --matrix bt709
+    # Y 100 with Cr high and Cb low is reddish: R must come out above B (the inverse writes
+    # B, G, R and the tool puts them back in R, G, B order).
+    printf 'dddd\120\120\120\120\320\320\320\320' >red.i444
+    ok convert red.i444 red.ppm --from i444 --size 2x2 --matrix bt709
+    tail -c 3 red.ppm | od -An -tu1 | awk '{ exit !($1 > $3 + 50) }' || fail "bt709 decode: $(tail -c 3 red.ppm | od -An -tu1)"
     ;;
   *) fail "unknown case" ;;
 esac
