@@ -122,6 +122,7 @@ KROAPI kroStatus kroiRGBToYCbCr_8u_C3R(const Kro8u* src, int srcRowStep, Kro8u* 
                                        int dstRowStep, KroSize roi);
 KROAPI kroStatus kroiRGBToYCbCr_8u_C3P3R(const Kro8u* src, int srcRowStep,
                                          Kro8u* const dstPlanes[3], int dstRowStep, KroSize roi);
+/* dstPlanes itself is not tested for null (its three planes are): pass an array. */
 KROAPI kroStatus kroiRGBToYCbCr_8u_AC4P3R(const Kro8u* src, int srcRowStep,
                                           Kro8u* const dstPlanes[3], int dstRowStep, KroSize roi);
 KROAPI kroStatus kroiRGBToYCbCr_8u_AC4R(const Kro8u* src, int srcRowStep, Kro8u* dst,
