@@ -206,23 +206,30 @@ inline void Store(const Samples<uint8_t>& d, int x, const Lanes& v) {
   if (kOnly < 0 || kOnly == 2) StorePlane<kPixels>(d.ptr[2] + x, v.c2);
 }
 
-// The vector twin of ConvertRowScalar for packed-3 and planar rows: body in sixteens (and one
-// eight when the block is 8 and eight body pixels remain), tail through the scalar formula.
-template <int kBlock, LaneFn kLanes, PixelFn kTailFn, int kOnly = -1>
+// The vector twin of ConvertRowScalar for packed-3 and planar rows: body in sixteens, then one
+// eight if eight body pixels remain, the rest of the body (blocks of four) and the tail through
+// the scalar formulas. x stays a multiple of the block, so the scalar row's own body mask
+// (width - x) & ~(block - 1) ends where the image's body ends.
+template <int kBlock, LaneFn kLanes, PixelFn kBlockFn, PixelFn kTailFn, int kOnly = -1>
 void ConvertRowVector(Samples<const uint8_t> s, Samples<uint8_t> d, int width) {
   const int body = width & ~(kBlock - 1);
   int x = 0;
   for (; x + 16 <= body; x += 16) Store<16, kOnly>(d, x, ConvertBytes<kLanes>(Load<16>(s, x)));
-  if (x < body) Store<8, kOnly>(d, x, ConvertBytes<kLanes>(Load<8>(s, x)));
+  if (x + 8 <= body) {
+    Store<8, kOnly>(d, x, ConvertBytes<kLanes>(Load<8>(s, x)));
+    x += 8;
+  }
+  // Blocks smaller than eight (four-pixel blocks) take the block formula one pixel at a time,
+  // then the tail formula runs from the end of the body.
   Samples<const uint8_t> st = s;
   Samples<uint8_t> dt = d;
-  for (int k = 0; k < 3; ++k) st.ptr[k] += body * s.stride, dt.ptr[k] += body * d.stride;
-  ConvertRowScalar<0, kTailFn, kTailFn, kOnly>(st, dt, width - body);
+  for (int k = 0; k < 3; ++k) st.ptr[k] += x * s.stride, dt.ptr[k] += x * d.stride;
+  ConvertRowScalar<kBlock, kBlockFn, kTailFn, kOnly>(st, dt, width - x);
 }
 
 // The row kernel of a build: the vector row where there is one, else the scalar row.
 #define KRO_MATRIX_ROW(block, lanes, blockFn, tailFn, ...) \
-  ConvertRowVector<block, lanes, tailFn, ##__VA_ARGS__>
+  ConvertRowVector<block, lanes, blockFn, tailFn, ##__VA_ARGS__>
 #else
 #define KRO_MATRIX_ROW(block, lanes, blockFn, tailFn, ...) \
   ConvertRowScalar<block, blockFn, tailFn, ##__VA_ARGS__>

@@ -59,6 +59,18 @@ inline Lanes InverseLanesA(__m128i y, __m128i cb, __m128i cr) {
               3),
           _mm_srai_epi16(_mm_adds_epi16(_mm_adds_epi16(ys, _mm_mulhi_epi16(Set16(8263), cb7)), four), 3)};
 }
+
+inline Lanes InverseLanesC(__m128i y, __m128i cb, __m128i cr) {
+  const __m128i y7 = _mm_slli_epi16(_mm_sub_epi16(y, Set16(16)), 7);
+  const __m128i cb7 = _mm_slli_epi16(_mm_sub_epi16(cb, Set16(128)), 7);
+  const __m128i cr7 = _mm_slli_epi16(_mm_sub_epi16(cr, Set16(128)), 7);
+  const __m128i ys = _mm_mulhi_epi16(Set16(9536), y7);
+  return {_mm_srai_epi16(_mm_adds_epi16(_mm_mulhi_epi16(Set16(13074), cr7), ys), 4),
+          _mm_srai_epi16(_mm_adds_epi16(_mm_mulhi_epi16(Set16(-3203), cb7),
+                                        _mm_adds_epi16(ys, _mm_mulhi_epi16(Set16(-6660), cr7))),
+                         4),
+          _mm_srai_epi16(_mm_adds_epi16(_mm_mulhi_epi16(Set16(16523), cb7), ys), 4)};
+}
 #endif
 
 // Planar source to packed 4-byte pixels with the fourth byte set to alphaValue.
@@ -220,7 +232,7 @@ kroStatus kroiYCbCrToRGB_8u_P3R(const Kro8u* const srcPlanes[3], int srcRowStep,
   EachRow(
       roi.height, [&](int y) { return Planar<const uint8_t>(srcPlanes, srcRowStep, y); },
       [&](int y) { return Planar<uint8_t>(dstPlanes, dstRowStep, y); }, roi.width,
-      ConvertRowScalar<4, InverseC, InverseT1>);
+      KRO_MATRIX_ROW(4, InverseLanesC, InverseC, InverseT1));
   return kroStatusOk;
 }
 
