@@ -71,6 +71,22 @@ inline Lanes InverseLanesC(__m128i y, __m128i cb, __m128i cr) {
                          4),
           _mm_srai_epi16(_mm_adds_epi16(_mm_mulhi_epi16(Set16(16523), cb7), ys), 4)};
 }
+
+// I-D, returned as R, G, B (the BGR rows store them backwards).
+inline Lanes InverseLanes709(__m128i y, __m128i cb, __m128i cr) {
+  const __m128i y7 = _mm_slli_epi16(_mm_sub_epi16(y, Set16(16)), 7);
+  const __m128i cb7 = _mm_slli_epi16(_mm_sub_epi16(cb, Set16(128)), 7);
+  const __m128i cr7 = _mm_slli_epi16(_mm_sub_epi16(cr, Set16(128)), 7);
+  const __m128i ys = _mm_mulhi_epi16(Set16(9535), y7);
+  const __m128i eight = Set16(8);
+  return {_mm_srai_epi16(_mm_adds_epi16(_mm_adds_epi16(ys, _mm_mulhi_epi16(Set16(14688), cr7)), eight), 4),
+          _mm_srai_epi16(
+              _mm_adds_epi16(_mm_adds_epi16(_mm_adds_epi16(ys, _mm_mulhi_epi16(Set16(-4375), cr7)),
+                                            _mm_mulhi_epi16(Set16(-1745), cb7)),
+                             eight),
+              4),
+          _mm_srai_epi16(_mm_adds_epi16(_mm_adds_epi16(ys, _mm_mulhi_epi16(Set16(17326), cb7)), eight), 4)};
+}
 #endif
 
 // Planar source to packed 4-byte pixels with the fourth byte set to alphaValue.
@@ -257,7 +273,7 @@ kroStatus kroiYCbCrToBGR_709CSC_8u_P3C3R(const Kro8u* const srcPlanes[3], int sr
   EachRow(
       roi.height, [&](int y) { return Planar<const uint8_t>(srcPlanes, srcRowStep, y); },
       [&](int y) { return PackedBgr(RowOf(dst, dstRowStep, y), 3); }, roi.width,
-      ConvertRowScalar<0, Inverse709, Inverse709>);
+      KRO_MATRIX_ROW(1, InverseLanes709, Inverse709, Inverse709));
   return kroStatusOk;
 }
 
