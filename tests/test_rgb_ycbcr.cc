@@ -9,14 +9,6 @@ namespace {
 using namespace kro::test;
 using namespace kro::ycbcr;
 
-#define PACKED_TO_PACKED(fn) \
-  [](Image& s, Image& d, KroSize r) { return fn(s.cptrs[0], s.step(), d.ptrs[0], d.step(), r); }
-#define PACKED_TO_PLANES(fn) \
-  [](Image& s, Image& d, KroSize r) { return fn(s.cptrs[0], s.step(), d.ptrs, d.step(), r); }
-#define PLANES_TO_PLANES(fn) \
-  [](Image& s, Image& d, KroSize r) { return fn(s.cptrs, s.step(), d.ptrs, d.step(), r); }
-#define PLANES_TO_PACKED(fn) \
-  [](Image& s, Image& d, KroSize r) { return fn(s.cptrs, s.step(), d.ptrs[0], d.step(), r); }
 #define PLANES_TO_C4(fn)                                                              \
   [](Image& s, Image& d, KroSize r) {                                                 \
     return fn(s.cptrs, s.step(), d.ptrs[0], d.step(), r, kAlphaValue);                \

@@ -70,6 +70,21 @@ Samples<T> Planar(P planes, int step, int y) {
 }
 
 // Plain row loop over an image, source and destination given as per-row sample sets.
+// Row addressing for EachRow: the row y of a packed image (`bytes` bytes a pixel, BGR rows
+// backwards) or of a set of planes sharing one step.
+template <class T>
+auto PackedRows(T* image, int step, int bytes) {
+  return [=](int y) { return Packed(RowOf(image, step, y), bytes); };
+}
+template <class T>
+auto PackedBgrRows(T* image, int step, int bytes) {
+  return [=](int y) { return PackedBgr(RowOf(image, step, y), bytes); };
+}
+template <class T, class P>
+auto PlaneRows(P planes, int step) {
+  return [=](int y) { return Planar<T>(planes, step, y); };
+}
+
 template <class SrcAt, class DstAt>
 void EachRow(int height, SrcAt srcAt, DstAt dstAt, int width, RowFn row) {
   for (int y = 0; y < height; ++y) row(srcAt(y), dstAt(y), width);

@@ -25,8 +25,9 @@ inline Lanes ForwardLanesA(__m128i r, __m128i g, __m128i b) {
   const __m128i r7 = _mm_slli_epi16(r, 7), g7 = _mm_slli_epi16(g, 7), b7 = _mm_slli_epi16(b, 7);
   auto chroma = [&](int kr, int kg, int kb) {
     const __m128i sum = _mm_adds_epi16(
-        _mm_adds_epi16(_mm_adds_epi16(_mm_mulhi_epi16(Set16(kr), r7), _mm_mulhi_epi16(Set16(kg), g7)),
-                       _mm_mulhi_epi16(Set16(kb), b7)),
+        _mm_adds_epi16(
+            _mm_adds_epi16(_mm_mulhi_epi16(Set16(kr), r7), _mm_mulhi_epi16(Set16(kg), g7)),
+            _mm_mulhi_epi16(Set16(kb), b7)),
         Set16(64));
     return _mm_adds_epi16(_mm_srai_epi16(sum, 7), Set16(128));
   };
@@ -51,13 +52,15 @@ inline Lanes InverseLanesA(__m128i y, __m128i cb, __m128i cr) {
   const __m128i cr7 = _mm_slli_epi16(_mm_sub_epi16(cr, Set16(128)), 7);
   const __m128i ys = _mm_mulhi_epi16(Set16(4769), y7);
   const __m128i four = Set16(4);
-  return {_mm_srai_epi16(_mm_adds_epi16(_mm_adds_epi16(ys, _mm_mulhi_epi16(Set16(6537), cr7)), four), 3),
+  return {_mm_srai_epi16(
+              _mm_adds_epi16(_mm_adds_epi16(ys, _mm_mulhi_epi16(Set16(6537), cr7)), four), 3),
           _mm_srai_epi16(
               _mm_adds_epi16(_mm_subs_epi16(ys, _mm_adds_epi16(_mm_mulhi_epi16(Set16(1605), cb7),
                                                                _mm_mulhi_epi16(Set16(3330), cr7))),
                              four),
               3),
-          _mm_srai_epi16(_mm_adds_epi16(_mm_adds_epi16(ys, _mm_mulhi_epi16(Set16(8263), cb7)), four), 3)};
+          _mm_srai_epi16(
+              _mm_adds_epi16(_mm_adds_epi16(ys, _mm_mulhi_epi16(Set16(8263), cb7)), four), 3)};
 }
 
 inline Lanes InverseLanesC(__m128i y, __m128i cb, __m128i cr) {
@@ -79,13 +82,15 @@ inline Lanes InverseLanes709(__m128i y, __m128i cb, __m128i cr) {
   const __m128i cr7 = _mm_slli_epi16(_mm_sub_epi16(cr, Set16(128)), 7);
   const __m128i ys = _mm_mulhi_epi16(Set16(9535), y7);
   const __m128i eight = Set16(8);
-  return {_mm_srai_epi16(_mm_adds_epi16(_mm_adds_epi16(ys, _mm_mulhi_epi16(Set16(14688), cr7)), eight), 4),
+  return {_mm_srai_epi16(
+              _mm_adds_epi16(_mm_adds_epi16(ys, _mm_mulhi_epi16(Set16(14688), cr7)), eight), 4),
           _mm_srai_epi16(
               _mm_adds_epi16(_mm_adds_epi16(_mm_adds_epi16(ys, _mm_mulhi_epi16(Set16(-4375), cr7)),
                                             _mm_mulhi_epi16(Set16(-1745), cb7)),
                              eight),
               4),
-          _mm_srai_epi16(_mm_adds_epi16(_mm_adds_epi16(ys, _mm_mulhi_epi16(Set16(17326), cb7)), eight), 4)};
+          _mm_srai_epi16(
+              _mm_adds_epi16(_mm_adds_epi16(ys, _mm_mulhi_epi16(Set16(17326), cb7)), eight), 4)};
 }
 #endif
 
@@ -121,10 +126,8 @@ kroStatus kroiRGBToYCbCr_8u_C3R(const Kro8u* src, int srcRowStep, Kro8u* dst, in
                                 KroSize roi) {
   KRO_CHECK(CheckNull(src, dst));
   KRO_CHECK(CheckSize(roi));
-  EachRow(
-      roi.height, [&](int y) { return Packed(RowOf(src, srcRowStep, y), 3); },
-      [&](int y) { return Packed(RowOf(dst, dstRowStep, y), 3); }, roi.width,
-      KRO_MATRIX_ROW(16, ForwardLanesB, ForwardB, ForwardTail));
+  EachRow(roi.height, PackedRows(src, srcRowStep, 3), PackedRows(dst, dstRowStep, 3), roi.width,
+          KRO_MATRIX_ROW(16, ForwardLanesB, ForwardB, ForwardTail));
   return kroStatusOk;
 }
 
@@ -133,10 +136,8 @@ kroStatus kroiRGBToYCbCr_8u_C3P3R(const Kro8u* src, int srcRowStep, Kro8u* const
   KRO_CHECK(CheckNull(src, dstPlanes));
   KRO_CHECK(CheckPlanes(dstPlanes, 3));
   KRO_CHECK(CheckSize(roi));
-  EachRow(
-      roi.height, [&](int y) { return Packed(RowOf(src, srcRowStep, y), 3); },
-      [&](int y) { return Planar<uint8_t>(dstPlanes, dstRowStep, y); }, roi.width,
-      KRO_MATRIX_ROW(8, ForwardLanesA, ForwardA, ForwardTail));
+  EachRow(roi.height, PackedRows(src, srcRowStep, 3), PlaneRows<uint8_t>(dstPlanes, dstRowStep),
+          roi.width, KRO_MATRIX_ROW(8, ForwardLanesA, ForwardA, ForwardTail));
   return kroStatusOk;
 }
 
@@ -147,10 +148,8 @@ kroStatus kroiRGBToYCbCr_8u_AC4P3R(const Kro8u* src, int srcRowStep, Kro8u* cons
   KRO_CHECK(CheckNull(src));
   KRO_CHECK(CheckPlanes(dstPlanes, 3));
   KRO_CHECK(CheckSize(roi));
-  EachRow(
-      roi.height, [&](int y) { return Packed(RowOf(src, srcRowStep, y), 4); },
-      [&](int y) { return Planar<uint8_t>(dstPlanes, dstRowStep, y); }, roi.width,
-      ConvertRowScalar<8, ForwardA, ForwardTail>);
+  EachRow(roi.height, PackedRows(src, srcRowStep, 4), PlaneRows<uint8_t>(dstPlanes, dstRowStep),
+          roi.width, ConvertRowScalar<8, ForwardA, ForwardTail>);
   return kroStatusOk;
 }
 
@@ -158,10 +157,8 @@ kroStatus kroiRGBToYCbCr_8u_AC4R(const Kro8u* src, int srcRowStep, Kro8u* dst, i
                                  KroSize roi) {
   KRO_CHECK(CheckNull(src, dst));
   KRO_CHECK(CheckSize(roi));
-  EachRow(
-      roi.height, [&](int y) { return Packed(RowOf(src, srcRowStep, y), 4); },
-      [&](int y) { return Packed(RowOf(dst, dstRowStep, y), 4); }, roi.width,
-      ConvertRowScalar<0, ForwardTail, ForwardTail>);
+  EachRow(roi.height, PackedRows(src, srcRowStep, 4), PackedRows(dst, dstRowStep, 4), roi.width,
+          ConvertRowScalar<0, ForwardTail, ForwardTail>);
   return kroStatusOk;
 }
 
@@ -173,10 +170,9 @@ kroStatus kroiRGBToYCbCr_8u_P3R(const Kro8u* const srcPlanes[3], int srcRowStep,
   KRO_CHECK(CheckSize(roi));
   KRO_CHECK(CheckPlanes(srcPlanes, 3));
   KRO_CHECK(CheckPlanes(dstPlanes, 3));
-  EachRow(
-      roi.height, [&](int y) { return Planar<const uint8_t>(srcPlanes, srcRowStep, y); },
-      [&](int y) { return Planar<uint8_t>(dstPlanes, dstRowStep, y); }, roi.width,
-      KRO_MATRIX_ROW(8, ForwardLanesA, ForwardA, ForwardTail));
+  EachRow(roi.height, PlaneRows<const uint8_t>(srcPlanes, srcRowStep),
+          PlaneRows<uint8_t>(dstPlanes, dstRowStep), roi.width,
+          KRO_MATRIX_ROW(8, ForwardLanesA, ForwardA, ForwardTail));
   return kroStatusOk;
 }
 
@@ -185,10 +181,8 @@ kroStatus kroiYCbCrToRGB_8u_C3R(const Kro8u* src, int srcRowStep, Kro8u* dst, in
                                 KroSize roi) {
   KRO_CHECK(CheckNull(src, dst));
   KRO_CHECK(CheckSize(roi));
-  EachRow(
-      roi.height, [&](int y) { return Packed(RowOf(src, srcRowStep, y), 3); },
-      [&](int y) { return Packed(RowOf(dst, dstRowStep, y), 3); }, roi.width,
-      KRO_MATRIX_ROW(8, InverseLanesA, InverseA, InverseT2));
+  EachRow(roi.height, PackedRows(src, srcRowStep, 3), PackedRows(dst, dstRowStep, 3), roi.width,
+          KRO_MATRIX_ROW(8, InverseLanesA, InverseA, InverseT2));
   return kroStatusOk;
 }
 
@@ -197,10 +191,9 @@ kroStatus kroiYCbCrToRGB_8u_P3C3R(const Kro8u* const srcPlanes[3], int srcRowSte
   KRO_CHECK(CheckNull(srcPlanes, dst));
   KRO_CHECK(CheckPlanes(srcPlanes, 3));
   KRO_CHECK(CheckHeightThenWidth(roi));
-  EachRow(
-      roi.height, [&](int y) { return Planar<const uint8_t>(srcPlanes, srcRowStep, y); },
-      [&](int y) { return Packed(RowOf(dst, dstRowStep, y), 3); }, roi.width,
-      KRO_MATRIX_ROW(8, InverseLanesA, InverseA, InverseT2));
+  EachRow(roi.height, PlaneRows<const uint8_t>(srcPlanes, srcRowStep),
+          PackedRows(dst, dstRowStep, 3), roi.width,
+          KRO_MATRIX_ROW(8, InverseLanesA, InverseA, InverseT2));
   return kroStatusOk;
 }
 
@@ -209,10 +202,9 @@ kroStatus kroiYCbCrToBGR_8u_P3C3R(const Kro8u* const srcPlanes[3], int srcRowSte
   KRO_CHECK(CheckNull(srcPlanes, dst));
   KRO_CHECK(CheckPlanes(srcPlanes, 3));
   KRO_CHECK(CheckHeightThenWidth(roi));
-  EachRow(
-      roi.height, [&](int y) { return Planar<const uint8_t>(srcPlanes, srcRowStep, y); },
-      [&](int y) { return PackedBgr(RowOf(dst, dstRowStep, y), 3); }, roi.width,
-      KRO_MATRIX_ROW(8, InverseLanesA, InverseA, InverseT2));
+  EachRow(roi.height, PlaneRows<const uint8_t>(srcPlanes, srcRowStep),
+          PackedBgrRows(dst, dstRowStep, 3), roi.width,
+          KRO_MATRIX_ROW(8, InverseLanesA, InverseA, InverseT2));
   return kroStatusOk;
 }
 
@@ -245,10 +237,9 @@ kroStatus kroiYCbCrToRGB_8u_P3R(const Kro8u* const srcPlanes[3], int srcRowStep,
   KRO_CHECK(CheckSize(roi));
   KRO_CHECK(CheckPlanes(dstPlanes, 3));
   KRO_CHECK(CheckPlanes(srcPlanes, 3));
-  EachRow(
-      roi.height, [&](int y) { return Planar<const uint8_t>(srcPlanes, srcRowStep, y); },
-      [&](int y) { return Planar<uint8_t>(dstPlanes, dstRowStep, y); }, roi.width,
-      KRO_MATRIX_ROW(4, InverseLanesC, InverseC, InverseT1));
+  EachRow(roi.height, PlaneRows<const uint8_t>(srcPlanes, srcRowStep),
+          PlaneRows<uint8_t>(dstPlanes, dstRowStep), roi.width,
+          KRO_MATRIX_ROW(4, InverseLanesC, InverseC, InverseT1));
   return kroStatusOk;
 }
 
@@ -257,10 +248,8 @@ kroStatus kroiYCbCrToRGB_8u_AC4R(const Kro8u* src, int srcRowStep, Kro8u* dst, i
                                  KroSize roi) {
   KRO_CHECK(CheckNull(src, dst));
   KRO_CHECK(CheckSize(roi));
-  EachRow(
-      roi.height, [&](int y) { return Packed(RowOf(src, srcRowStep, y), 4); },
-      [&](int y) { return Packed(RowOf(dst, dstRowStep, y), 4); }, roi.width,
-      ConvertRowScalar<0, InverseT0, InverseT0>);
+  EachRow(roi.height, PackedRows(src, srcRowStep, 4), PackedRows(dst, dstRowStep, 4), roi.width,
+          ConvertRowScalar<0, InverseT0, InverseT0>);
   return kroStatusOk;
 }
 
@@ -270,10 +259,9 @@ kroStatus kroiYCbCrToBGR_709CSC_8u_P3C3R(const Kro8u* const srcPlanes[3], int sr
   KRO_CHECK(CheckNull(srcPlanes, dst));
   KRO_CHECK(CheckPlanes(srcPlanes, 3));
   KRO_CHECK(CheckHeightThenWidth(roi));
-  EachRow(
-      roi.height, [&](int y) { return Planar<const uint8_t>(srcPlanes, srcRowStep, y); },
-      [&](int y) { return PackedBgr(RowOf(dst, dstRowStep, y), 3); }, roi.width,
-      KRO_MATRIX_ROW(1, InverseLanes709, Inverse709, Inverse709));
+  EachRow(roi.height, PlaneRows<const uint8_t>(srcPlanes, srcRowStep),
+          PackedBgrRows(dst, dstRowStep, 3), roi.width,
+          KRO_MATRIX_ROW(1, InverseLanes709, Inverse709, Inverse709));
   return kroStatusOk;
 }
 

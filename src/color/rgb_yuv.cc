@@ -22,12 +22,12 @@ inline Lanes ForwardLanesA(__m128i r, __m128i g, __m128i b) {
                      _mm_mulhi_epu16(Set16(7471), _mm_slli_epi16(b, 8))),
       8);
   const __m128i r7 = _mm_slli_epi16(r, 7), g7 = _mm_slli_epi16(g, 7), b7 = _mm_slli_epi16(b, 7);
-  const __m128i u = _mm_adds_epi16(_mm_adds_epi16(_mm_mulhi_epi16(Set16(-4816), r7),
-                                                  _mm_mulhi_epi16(Set16(-9469), g7)),
-                                   _mm_mulhi_epi16(Set16(14286), b7));
-  const __m128i v = _mm_adds_epi16(_mm_adds_epi16(_mm_mulhi_epi16(Set16(20152), r7),
-                                                  _mm_mulhi_epi16(Set16(-16875), g7)),
-                                   _mm_mulhi_epi16(Set16(-3276), b7));
+  const __m128i u = _mm_adds_epi16(
+      _mm_adds_epi16(_mm_mulhi_epi16(Set16(-4816), r7), _mm_mulhi_epi16(Set16(-9469), g7)),
+      _mm_mulhi_epi16(Set16(14286), b7));
+  const __m128i v = _mm_adds_epi16(
+      _mm_adds_epi16(_mm_mulhi_epi16(Set16(20152), r7), _mm_mulhi_epi16(Set16(-16875), g7)),
+      _mm_mulhi_epi16(Set16(-3276), b7));
   return {y, _mm_adds_epi16(_mm_srai_epi16(u, 6), Set16(128)),
           _mm_adds_epi16(_mm_srai_epi16(v, 6), Set16(128))};
 }
@@ -63,10 +63,8 @@ kroStatus kroiRGBToYUV_8u_C3R(const Kro8u* src, int srcRowStep, Kro8u* dst, int 
                               KroSize roi) {
   KRO_CHECK(CheckNull(src, dst));
   KRO_CHECK(CheckSize(roi));
-  EachRow(
-      roi.height, [&](int y) { return Packed(RowOf(src, srcRowStep, y), 3); },
-      [&](int y) { return Packed(RowOf(dst, dstRowStep, y), 3); }, roi.width,
-      KRO_MATRIX_ROW(16, ForwardLanesA, ForwardBlockA, ForwardTail1));
+  EachRow(roi.height, PackedRows(src, srcRowStep, 3), PackedRows(dst, dstRowStep, 3), roi.width,
+          KRO_MATRIX_ROW(16, ForwardLanesA, ForwardBlockA, ForwardTail1));
   return kroStatusOk;
 }
 
@@ -75,10 +73,8 @@ kroStatus kroiRGBToYUV_8u_C3P3R(const Kro8u* src, int srcRowStep, Kro8u* const d
   KRO_CHECK(CheckNull(src, dstPlanes));
   KRO_CHECK(CheckSize(roi));
   KRO_CHECK(CheckPlanes(dstPlanes, 3));
-  EachRow(
-      roi.height, [&](int y) { return Packed(RowOf(src, srcRowStep, y), 3); },
-      [&](int y) { return Planar<uint8_t>(dstPlanes, dstRowStep, y); }, roi.width,
-      KRO_MATRIX_ROW(8, ForwardLanesA, ForwardBlockA, ForwardTail1));
+  EachRow(roi.height, PackedRows(src, srcRowStep, 3), PlaneRows<uint8_t>(dstPlanes, dstRowStep),
+          roi.width, KRO_MATRIX_ROW(8, ForwardLanesA, ForwardBlockA, ForwardTail1));
   return kroStatusOk;
 }
 
@@ -105,10 +101,8 @@ kroStatus kroiRGBToYUV_8u_AC4R(const Kro8u* src, int srcRowStep, Kro8u* dst, int
                                KroSize roi) {
   KRO_CHECK(CheckNull(src, dst));
   KRO_CHECK(CheckSize(roi));
-  EachRow(
-      roi.height, [&](int y) { return Packed(RowOf(src, srcRowStep, y), 4); },
-      [&](int y) { return Packed(RowOf(dst, dstRowStep, y), 4); }, roi.width,
-      ConvertRowScalar<0, ForwardTail2, ForwardTail2>);
+  EachRow(roi.height, PackedRows(src, srcRowStep, 4), PackedRows(dst, dstRowStep, 4), roi.width,
+          ConvertRowScalar<0, ForwardTail2, ForwardTail2>);
   return kroStatusOk;
 }
 
@@ -133,10 +127,8 @@ kroStatus kroiYUVToRGB_8u_C3R(const Kro8u* src, int srcRowStep, Kro8u* dst, int 
                               KroSize roi) {
   KRO_CHECK(CheckNull(src, dst));
   KRO_CHECK(CheckSize(roi));
-  EachRow(
-      roi.height, [&](int y) { return Packed(RowOf(src, srcRowStep, y), 3); },
-      [&](int y) { return Packed(RowOf(dst, dstRowStep, y), 3); }, roi.width,
-      KRO_MATRIX_ROW(8, InverseLanesA, InverseBlockA, InverseTail1));
+  EachRow(roi.height, PackedRows(src, srcRowStep, 3), PackedRows(dst, dstRowStep, 3), roi.width,
+          KRO_MATRIX_ROW(8, InverseLanesA, InverseBlockA, InverseTail1));
   return kroStatusOk;
 }
 
@@ -145,10 +137,9 @@ kroStatus kroiYUVToRGB_8u_P3C3R(const Kro8u* const srcPlanes[3], int srcRowStep,
   KRO_CHECK(CheckNull(srcPlanes, dst));
   KRO_CHECK(CheckSize(roi));
   KRO_CHECK(CheckPlanes(srcPlanes, 3));
-  EachRow(
-      roi.height, [&](int y) { return Planar<const uint8_t>(srcPlanes, srcRowStep, y); },
-      [&](int y) { return Packed(RowOf(dst, dstRowStep, y), 3); }, roi.width,
-      KRO_MATRIX_ROW(16, InverseLanesB, InverseBlockB, InverseTail2));
+  EachRow(roi.height, PlaneRows<const uint8_t>(srcPlanes, srcRowStep),
+          PackedRows(dst, dstRowStep, 3), roi.width,
+          KRO_MATRIX_ROW(16, InverseLanesB, InverseBlockB, InverseTail2));
   return kroStatusOk;
 }
 
@@ -160,10 +151,9 @@ kroStatus kroiYUVToRGB_8u_P3R(const Kro8u* const srcPlanes[3], int srcRowStep,
   KRO_CHECK(CheckSize(roi));
   KRO_CHECK(CheckPlanes(dstPlanes, 3));
   KRO_CHECK(CheckPlanes(srcPlanes, 3));
-  EachRow(
-      roi.height, [&](int y) { return Planar<const uint8_t>(srcPlanes, srcRowStep, y); },
-      [&](int y) { return Planar<uint8_t>(dstPlanes, dstRowStep, y); }, roi.width,
-      ConvertRowScalar<0, InverseTail2, InverseTail2>);
+  EachRow(roi.height, PlaneRows<const uint8_t>(srcPlanes, srcRowStep),
+          PlaneRows<uint8_t>(dstPlanes, dstRowStep), roi.width,
+          ConvertRowScalar<0, InverseTail2, InverseTail2>);
   return kroStatusOk;
 }
 
@@ -171,10 +161,8 @@ kroStatus kroiYUVToRGB_8u_AC4R(const Kro8u* src, int srcRowStep, Kro8u* dst, int
                                KroSize roi) {
   KRO_CHECK(CheckNull(src, dst));
   KRO_CHECK(CheckSize(roi));
-  EachRow(
-      roi.height, [&](int y) { return Packed(RowOf(src, srcRowStep, y), 4); },
-      [&](int y) { return Packed(RowOf(dst, dstRowStep, y), 4); }, roi.width,
-      ConvertRowScalar<0, InverseTail1, InverseTail1>);
+  EachRow(roi.height, PackedRows(src, srcRowStep, 4), PackedRows(dst, dstRowStep, 4), roi.width,
+          ConvertRowScalar<0, InverseTail1, InverseTail1>);
   return kroStatusOk;
 }
 
