@@ -186,14 +186,19 @@ inline void StorePlane(uint8_t* p, __m128i v) {
 inline __m128i Set16(int v) { return _mm_set1_epi16(static_cast<int16_t>(v)); }
 
 // Sixteen pixels of bytes through a lane formula: widen, compute both halves, pack with the
-// clamp to 0..255.
-template <LaneFn kFn>
+// clamp to 0..255. Lane formulas whose first step is x * 256 take their inputs already in the
+// high byte of each lane (kTimes256), which the widening gives for free.
+template <LaneFn kFn, bool kTimes256 = false>
 inline Lanes ConvertBytes(const Lanes& in) {
   const __m128i zero = _mm_setzero_si128();
-  const Lanes lo = kFn(_mm_unpacklo_epi8(in.c0, zero), _mm_unpacklo_epi8(in.c1, zero),
-                       _mm_unpacklo_epi8(in.c2, zero));
-  const Lanes hi = kFn(_mm_unpackhi_epi8(in.c0, zero), _mm_unpackhi_epi8(in.c1, zero),
-                       _mm_unpackhi_epi8(in.c2, zero));
+  auto lo8 = [&](__m128i x) {
+    return kTimes256 ? _mm_unpacklo_epi8(zero, x) : _mm_unpacklo_epi8(x, zero);
+  };
+  auto hi8 = [&](__m128i x) {
+    return kTimes256 ? _mm_unpackhi_epi8(zero, x) : _mm_unpackhi_epi8(x, zero);
+  };
+  const Lanes lo = kFn(lo8(in.c0), lo8(in.c1), lo8(in.c2));
+  const Lanes hi = kFn(hi8(in.c0), hi8(in.c1), hi8(in.c2));
   return {_mm_packus_epi16(lo.c0, hi.c0), _mm_packus_epi16(lo.c1, hi.c1),
           _mm_packus_epi16(lo.c2, hi.c2)};
 }
@@ -225,13 +230,14 @@ inline void Store(const Samples<uint8_t>& d, int x, const Lanes& v) {
 // eight if eight body pixels remain, the rest of the body (blocks of four) and the tail through
 // the scalar formulas. x stays a multiple of the block, so the scalar row's own body mask
 // (width - x) & ~(block - 1) ends where the image's body ends.
-template <int kBlock, LaneFn kLanes, PixelFn kBlockFn, PixelFn kTailFn, int kOnly = -1>
+template <int kBlock, LaneFn kLanes, PixelFn kBlockFn, PixelFn kTailFn, int kOnly = -1,
+          bool kTimes256 = false>
 void ConvertRowVector(Samples<const uint8_t> s, Samples<uint8_t> d, int width) {
   const int body = width & ~(kBlock - 1);
   int x = 0;
-  for (; x + 16 <= body; x += 16) Store<16, kOnly>(d, x, ConvertBytes<kLanes>(Load<16>(s, x)));
+  for (; x + 16 <= body; x += 16) Store<16, kOnly>(d, x, ConvertBytes<kLanes, kTimes256>(Load<16>(s, x)));
   if (x + 8 <= body) {
-    Store<8, kOnly>(d, x, ConvertBytes<kLanes>(Load<8>(s, x)));
+    Store<8, kOnly>(d, x, ConvertBytes<kLanes, kTimes256>(Load<8>(s, x)));
     x += 8;
   }
   // Blocks smaller than eight (four-pixel blocks) take the block formula one pixel at a time,
@@ -246,8 +252,12 @@ void ConvertRowVector(Samples<const uint8_t> s, Samples<uint8_t> d, int width) {
 #define KRO_MATRIX_ROW(block, lanes, blockFn, tailFn, ...) \
   ConvertRowVector<block, lanes, blockFn, tailFn, ##__VA_ARGS__>
 #else
+// The scalar row, with the vector row's template arguments (the last ones only shape the
+// vector body).
+template <int kBlock, PixelFn kBlockFn, PixelFn kTailFn, int kOnly = -1, bool = false>
+inline constexpr auto kScalarRow = ConvertRowScalar<kBlock, kBlockFn, kTailFn, kOnly>;
 #define KRO_MATRIX_ROW(block, lanes, blockFn, tailFn, ...) \
-  ConvertRowScalar<block, blockFn, tailFn, ##__VA_ARGS__>
+  kScalarRow<block, blockFn, tailFn, ##__VA_ARGS__>
 #endif
 
 

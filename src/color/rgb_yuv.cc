@@ -15,13 +15,15 @@ using namespace kro::color;
 #if KRO_SIMD
 // The block formulas on eight 16-bit lanes per component (inputs 0..255, outputs before the
 // final clamp, which the pack to bytes applies).
-inline Lanes ForwardLanesA(__m128i r, __m128i g, __m128i b) {
+// Inputs arrive as R * 256, G * 256, B * 256 (see ConvertBytes); the chroma lanes take them
+// at * 128.
+inline Lanes ForwardLanesA(__m128i r8, __m128i g8, __m128i b8) {
   const __m128i y = _mm_srli_epi16(
-      _mm_adds_epu16(_mm_adds_epu16(_mm_mulhi_epu16(Set16(19595), _mm_slli_epi16(r, 8)),
-                                    _mm_mulhi_epu16(Set16(38469), _mm_slli_epi16(g, 8))),
-                     _mm_mulhi_epu16(Set16(7471), _mm_slli_epi16(b, 8))),
+      _mm_adds_epu16(_mm_adds_epu16(_mm_mulhi_epu16(Set16(19595), r8),
+                                    _mm_mulhi_epu16(Set16(38469), g8)),
+                     _mm_mulhi_epu16(Set16(7471), b8)),
       8);
-  const __m128i r7 = _mm_slli_epi16(r, 7), g7 = _mm_slli_epi16(g, 7), b7 = _mm_slli_epi16(b, 7);
+  const __m128i r7 = _mm_srli_epi16(r8, 1), g7 = _mm_srli_epi16(g8, 1), b7 = _mm_srli_epi16(b8, 1);
   const __m128i u = _mm_adds_epi16(
       _mm_adds_epi16(_mm_mulhi_epi16(Set16(-4816), r7), _mm_mulhi_epi16(Set16(-9469), g7)),
       _mm_mulhi_epi16(Set16(14286), b7));
@@ -64,7 +66,7 @@ kroStatus kroiRGBToYUV_8u_C3R(const Kro8u* src, int srcRowStep, Kro8u* dst, int 
   KRO_CHECK(CheckNull(src, dst));
   KRO_CHECK(CheckSize(roi));
   EachRow(roi.height, PackedRows(src, srcRowStep, 3), PackedRows(dst, dstRowStep, 3), roi.width,
-          KRO_MATRIX_ROW(16, ForwardLanesA, ForwardBlockA, ForwardTail1));
+          KRO_MATRIX_ROW(16, ForwardLanesA, ForwardBlockA, ForwardTail1, -1, true));
   return kroStatusOk;
 }
 
@@ -74,7 +76,7 @@ kroStatus kroiRGBToYUV_8u_C3P3R(const Kro8u* src, int srcRowStep, Kro8u* const d
   KRO_CHECK(CheckSize(roi));
   KRO_CHECK(CheckPlanes(dstPlanes, 3));
   EachRow(roi.height, PackedRows(src, srcRowStep, 3), PlaneRows<uint8_t>(dstPlanes, dstRowStep),
-          roi.width, KRO_MATRIX_ROW(8, ForwardLanesA, ForwardBlockA, ForwardTail1));
+          roi.width, KRO_MATRIX_ROW(8, ForwardLanesA, ForwardBlockA, ForwardTail1, -1, true));
   return kroStatusOk;
 }
 
@@ -89,9 +91,9 @@ kroStatus kroiRGBToYUV_8u_P3R(const Kro8u* const srcPlanes[3], int srcRowStep,
   for (int y = 0; y < roi.height; ++y) {
     const Samples<const uint8_t> s = Planar<const uint8_t>(srcPlanes, srcRowStep, y);
     const Samples<uint8_t> d = Planar<uint8_t>(dstPlanes, dstRowStep, y);
-    KRO_MATRIX_ROW(16, ForwardLanesA, ForwardBlockA, ForwardTail3, 0)(s, d, roi.width);
-    KRO_MATRIX_ROW(16, ForwardLanesA, ForwardBlockA, ForwardTail3, 1)(s, d, roi.width);
-    KRO_MATRIX_ROW(16, ForwardLanesA, ForwardBlockA, ForwardTail3, 2)(s, d, roi.width);
+    KRO_MATRIX_ROW(16, ForwardLanesA, ForwardBlockA, ForwardTail3, 0, true)(s, d, roi.width);
+    KRO_MATRIX_ROW(16, ForwardLanesA, ForwardBlockA, ForwardTail3, 1, true)(s, d, roi.width);
+    KRO_MATRIX_ROW(16, ForwardLanesA, ForwardBlockA, ForwardTail3, 2, true)(s, d, roi.width);
   }
   return kroStatusOk;
 }
