@@ -151,6 +151,49 @@ KROAPI kroStatus kroiYCbCrToBGR_709CSC_8u_P3C4R(const Kro8u* const srcPlanes[3],
                                                 Kro8u* dst, int dstRowStep, KroSize roi,
                                                 Kro8u alphaValue);
 
+/* ==== Gamma forward and inverse, 8u and 16u ==================================================
+ * The BT.709 transfer curve (forward) and its inverse on every colour sample, by a table over
+ * the type's whole range. AC4 forms leave alpha untouched; IR and IP3R forms work in place.
+ * Checks, in order: kroStatusNullPointer (including each plane pointer), kroStatusBadSize
+ * (width or height below 1), kroStatusBadStep (a step below 1). Steps are in bytes. */
+
+KROAPI kroStatus kroiGammaFwd_8u_C3R(const Kro8u* src, int srcStep, Kro8u* dst, int dstStep,
+                                       KroSize roi);
+KROAPI kroStatus kroiGammaFwd_8u_C3IR(Kro8u* image, int step, KroSize roi);
+KROAPI kroStatus kroiGammaFwd_8u_AC4R(const Kro8u* src, int srcStep, Kro8u* dst, int dstStep,
+                                        KroSize roi);
+KROAPI kroStatus kroiGammaFwd_8u_AC4IR(Kro8u* image, int step, KroSize roi);
+KROAPI kroStatus kroiGammaFwd_8u_P3R(const Kro8u* const srcPlanes[3], int srcStep,
+                                       Kro8u* const dstPlanes[3], int dstStep, KroSize roi);
+KROAPI kroStatus kroiGammaFwd_8u_IP3R(Kro8u* const planes[3], int step, KroSize roi);
+KROAPI kroStatus kroiGammaFwd_16u_C3R(const Kro16u* src, int srcStep, Kro16u* dst, int dstStep,
+                                       KroSize roi);
+KROAPI kroStatus kroiGammaFwd_16u_C3IR(Kro16u* image, int step, KroSize roi);
+KROAPI kroStatus kroiGammaFwd_16u_AC4R(const Kro16u* src, int srcStep, Kro16u* dst, int dstStep,
+                                        KroSize roi);
+KROAPI kroStatus kroiGammaFwd_16u_AC4IR(Kro16u* image, int step, KroSize roi);
+KROAPI kroStatus kroiGammaFwd_16u_P3R(const Kro16u* const srcPlanes[3], int srcStep,
+                                       Kro16u* const dstPlanes[3], int dstStep, KroSize roi);
+KROAPI kroStatus kroiGammaFwd_16u_IP3R(Kro16u* const planes[3], int step, KroSize roi);
+KROAPI kroStatus kroiGammaInv_8u_C3R(const Kro8u* src, int srcStep, Kro8u* dst, int dstStep,
+                                       KroSize roi);
+KROAPI kroStatus kroiGammaInv_8u_C3IR(Kro8u* image, int step, KroSize roi);
+KROAPI kroStatus kroiGammaInv_8u_AC4R(const Kro8u* src, int srcStep, Kro8u* dst, int dstStep,
+                                        KroSize roi);
+KROAPI kroStatus kroiGammaInv_8u_AC4IR(Kro8u* image, int step, KroSize roi);
+KROAPI kroStatus kroiGammaInv_8u_P3R(const Kro8u* const srcPlanes[3], int srcStep,
+                                       Kro8u* const dstPlanes[3], int dstStep, KroSize roi);
+KROAPI kroStatus kroiGammaInv_8u_IP3R(Kro8u* const planes[3], int step, KroSize roi);
+KROAPI kroStatus kroiGammaInv_16u_C3R(const Kro16u* src, int srcStep, Kro16u* dst, int dstStep,
+                                       KroSize roi);
+KROAPI kroStatus kroiGammaInv_16u_C3IR(Kro16u* image, int step, KroSize roi);
+KROAPI kroStatus kroiGammaInv_16u_AC4R(const Kro16u* src, int srcStep, Kro16u* dst, int dstStep,
+                                        KroSize roi);
+KROAPI kroStatus kroiGammaInv_16u_AC4IR(Kro16u* image, int step, KroSize roi);
+KROAPI kroStatus kroiGammaInv_16u_P3R(const Kro16u* const srcPlanes[3], int srcStep,
+                                       Kro16u* const dstPlanes[3], int dstStep, KroSize roi);
+KROAPI kroStatus kroiGammaInv_16u_IP3R(Kro16u* const planes[3], int step, KroSize roi);
+
 /* ==== (next families are added below, one section each) ==================================== */
 
 #ifdef __cplusplus
