@@ -5,24 +5,25 @@ JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 CMAKE ?= cmake
 CTEST ?= ctest
 
-.PHONY: all demo test test-default test-portable test-sanitize bench install clean
+.PHONY: all release demo test test-default test-portable test-sanitize bench install clean
 
 all: demo
 
 build/release/CMakeCache.txt:
 	$(CMAKE) -S . -B build/release -DCMAKE_BUILD_TYPE=Release -DKRO_TESTS=OFF
 
-build/release: build/release/CMakeCache.txt
+# Always hand the release tree to CMake's own dependency check, so the demo runs current code.
+release: build/release/CMakeCache.txt
 	$(CMAKE) --build build/release -j $(JOBS)
 
-demo: build/release
+demo: release
 	@if [ -x build/release/tools/kroconv ]; then \
 	  scripts/demo.sh build/release; \
 	else \
 	  build/release/bench/krocc_bench --benchmark_min_time=0.05; \
 	fi
 
-bench: build/release
+bench: release
 	build/release/bench/krocc_bench
 
 test: test-default test-portable test-sanitize
@@ -43,7 +44,7 @@ test-portable:
 test-sanitize:
 	$(call run_tests,build/test-sanitize,-DKRO_SANITIZE=ON -DKRO_BENCH=OFF -DKRO_TOOLS=OFF -DCMAKE_BUILD_TYPE=RelWithDebInfo)
 
-install: build/release
+install: release
 	$(CMAKE) --install build/release
 
 clean:

@@ -86,6 +86,14 @@ for m in $("$K" convert --help | awk '/^colour matrices/ { on = 1; next } on && 
   fi
 done
 
+# Gamma: the transfer curve and back (8-bit tables, so the way back is within a step or two).
+if has gamma; then
+  run gamma "$CHART" "$OUT/gamma-fwd.png"; a=$MS
+  run gamma "$OUT/gamma-fwd.png" "$OUT/gamma-roundtrip.png" --inverse
+  row "gamma forward -> inverse" "$(awk -v a="$a" -v b="$MS" 'BEGIN{print a + b}')" "$CHART" "$OUT/gamma-roundtrip.png"
+  SHEET+=("gamma=$OUT/gamma-fwd.png")
+fi
+
 # 5. Bayer mosaic of the colour chart (sampling only), shown as a grey plane.
 run convert "$CHART" "$OUT/work/chart-rggb.raw" --to bayer --grid rggb; a=$MS
 run convert "$OUT/work/chart-rggb.raw" "$OUT/bayer-rggb.png" --from bayer --size "${W}x$H"

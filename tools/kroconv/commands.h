@@ -11,11 +11,13 @@ int Convert(int argc, char** argv);
 int Sheet(int argc, char** argv);
 int Compare(int argc, char** argv);
 int Model(int argc, char** argv);
+int Gamma(int argc, char** argv);
 
 void ConvertHelp();
 void SheetHelp();
 void CompareHelp();
 void ModelHelp();
+void GammaHelp();
 
 // A library call's status: errors end the command; warnings are reported and the work kept.
 void CheckStatus(kroStatus status, const char* function);

@@ -24,6 +24,12 @@ void CheckStatus(kroStatus status, const char* function) {
 
 }  // namespace kroconv
 
+#if KRO_HAS_kroiGammaFwd_8u_C3R && KRO_HAS_kroiGammaFwd_16u_AC4R
+#define KRO_HAS_GAMMA true
+#else
+#define KRO_HAS_GAMMA false
+#endif
+
 namespace {
 
 struct Command {
@@ -40,12 +46,15 @@ const Command kCommands[] = {
      kroconv::CompareHelp},
     {"model", "show a colour image's channels in another colour model", kroconv::Model,
      kroconv::ModelHelp},
+    {"gamma", "apply the BT.709 transfer curve or its inverse (8 or 16 bits)", kroconv::Gamma,
+     kroconv::GammaHelp},
     {"sheet", "lay images out side by side with labels (a contact sheet)", kroconv::Sheet,
      kroconv::SheetHelp},
 };
 
-// model is offered only when the library has a colour matrix.
+// model is offered only when the library has a colour matrix, gamma only with the gamma family.
 bool Offered(const Command& c) {
+  if (std::strcmp(c.name, "gamma") == 0) return KRO_HAS_GAMMA;
   return std::strcmp(c.name, "model") != 0 || !kroconv::Matrices().empty();
 }
 

@@ -288,6 +288,22 @@ case $CASE in
     expect_error 1 "--layout wants strip or packed" o.png -- model g.ppm o.png --to yuv --layout side
     expect_error 1 "needs --to" o.png -- model g.ppm o.png
     ;;
+  gamma)
+    if ! "$K" --help | grep -q '^  gamma '; then
+      expect_error 1 "unknown subcommand 'gamma'" "" -- gamma a.png b.png
+      exit 0
+    fi
+    # Values of the 8-bit curve: 1 -> 4, 5 -> 23, 255 -> 255, 20 -> 64 forward; 20 -> 4 inverse.
+    printf 'P5\n4 1\n255\n\001\005\377\024' >g.pgm
+    ok gamma g.pgm f.pgm
+    [ "$(tail -c 3 f.pgm | od -An -tu1 | tr -s ' ' | sed 's/^ //')" = "23 255 64" ] ||
+      fail "forward: $(tail -c 4 f.pgm | od -An -tu1)"
+    [ "$(tail -c 4 f.pgm | head -c 1 | od -An -tu1 | tr -d ' ')" = 4 ] || fail "forward of 1"
+    ok gamma g.pgm i.pgm --inverse
+    [ "$(tail -c 1 i.pgm | od -An -tu1 | tr -d ' ')" = 4 ] || fail "inverse of 20"
+    expect_error 1 "wants an input and an output" "" -- gamma g.pgm
+    expect_error 2 "cannot open nosuch.pgm" o.pgm -- gamma nosuch.pgm o.pgm
+    ;;
   colour_roundtrip)
     if ! "$K" convert --help | grep -q '^  yuv '; then
       ppm 4 4 >c.ppm
