@@ -194,6 +194,18 @@ KROAPI kroStatus kroiGammaInv_16u_P3R(const Kro16u* const srcPlanes[3], int srcS
                                        Kro16u* const dstPlanes[3], int dstStep, KroSize roi);
 KROAPI kroStatus kroiGammaInv_16u_IP3R(Kro16u* const planes[3], int step, KroSize roi);
 
+/* ==== RGB and BGR to 4:2:0 ================================================================= */
+
+/* ==== 4:2:0 to RGB and BGR ================================================================= */
+
+/* ==== Gamma, 32f by formula ================================================================ */
+
+/* ==== Bit-depth reduction (ReduceBits) ===================================================== */
+
+/* ==== Bayer demosaicing: CFAToRGB ========================================================== */
+
+/* ==== Bayer demosaicing: DemosaicAHD ======================================================= */
+
 /* ==== (next families are added below, one section each) ==================================== */
 
 #ifdef __cplusplus
