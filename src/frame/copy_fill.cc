@@ -296,8 +296,10 @@ void CopyPlane(const uint8_t* src, int srcStep, uint8_t* dst, int dstStep, int w
 
 bool FillPlaneStreams(std::size_t total, CacheQueryFn query) {
   if (total <= 0x80000) return false;
+  // Any size the query reports counts, a zero one included: only a failed query keeps the
+  // plain stores.
   int32_t cache = 0;
-  return query(&cache) == 0 && cache > 0 && total >= static_cast<std::size_t>(cache);
+  return query(&cache) == 0 && static_cast<int64_t>(total) >= int64_t{cache};
 }
 
 kroStatus FillPlane(uint8_t value, uint8_t* dst, int step, int widthBytes, int height,
