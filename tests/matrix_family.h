@@ -205,6 +205,43 @@ TEST_P(MatrixFamily, AlignedPlanesFollowTheSameFormulas) {
   }
 }
 
+// Every colour through the block formula where the export has blocks (through its only formula
+// where it has none): 256 x 256 images whose width is a whole number of blocks, one for each
+// value of the third component (every third value under the sanitizers, which are slow).
+TEST_P(MatrixFamily, EveryColourFollowsItsFormula) {
+  const Export& e = GetParam();
+#if defined(__SANITIZE_ADDRESS__)
+  constexpr int kThirdStep = 3;
+#else
+  constexpr int kThirdStep = 1;
+#endif
+  Image src(e.srcPlanar, e.srcChannels, 256, 256, 16, 0, 0);
+  Image dst(e.dstPlanar, e.dstChannels, 256, 256, 16, 0, 0);
+  const color::PixelFn f = e.block ? e.blockFn : e.tailFn;
+  const int first = e.dstBackwards ? 2 : 0, last = 2 - first;
+  for (int c = 0; c < 256; c += (c == 255 - (255 % kThirdStep) ? 1 : kThirdStep)) {
+    for (int y = 0; y < 256; ++y) {
+      for (int x = 0; x < 256; ++x) {
+        src.at(x, y, 0) = static_cast<uint8_t>(x);
+        src.at(x, y, 1) = static_cast<uint8_t>(y);
+        src.at(x, y, 2) = static_cast<uint8_t>(c);
+      }
+    }
+    ASSERT_EQ(e.call(src, dst, {256, 256}), kroStatusOk);
+    for (int y = 0; y < 256; ++y) {
+      for (int x = 0; x < 256; ++x) {
+        const Px want = f(x, y, c);
+        if (want.c0 != dst.at(x, y, first) || want.c1 != dst.at(x, y, 1) ||
+            want.c2 != dst.at(x, y, last)) {
+          FAIL() << "colour " << x << "," << y << "," << c << ": got " << int(dst.at(x, y, first))
+                 << " " << int(dst.at(x, y, 1)) << " " << int(dst.at(x, y, last)) << ", want "
+                 << int(want.c0) << " " << int(want.c1) << " " << int(want.c2);
+        }
+      }
+    }
+  }
+}
+
 // A negative step walks the image upward: the destination read from its last row with the
 // negated step holds the rows of the plain call in reverse order, and nothing outside them
 // changes.
