@@ -3,15 +3,17 @@
 // the tests every export of such a family must pass, parameterised over the table.
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
 #include <cstring>
 #include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <tuple>
+#include <utility>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 #include "color/matrix_rows.h"
 #include "support.h"
@@ -35,8 +37,7 @@ struct Image {
       : planar(isPlanar), channels(ch), width(w), height(h) {
     const int rowBytes = planar ? w : w * ch;
     for (int p = 0; p < (planar ? ch : 1); ++p) {
-      planes.push_back(
-          std::make_unique<Plane>(rowBytes, h, rowBytes + pad, offset + spread * p));
+      planes.push_back(std::make_unique<Plane>(rowBytes, h, rowBytes + pad, offset + spread * p));
       ptrs[p] = planes.back()->data();
       cptrs[p] = ptrs[p];
     }
@@ -88,8 +89,8 @@ struct Export {
   color::PixelFn blockFn, tailFn;
   Alpha alpha;
   Call call;
-  bool dstBackwards = false;     // BGR destination: the formula's R lands in byte 2
-  bool planesBeforeSize = false; // plane pointers tested before the size
+  bool dstBackwards = false;      // BGR destination: the formula's R lands in byte 2
+  bool planesBeforeSize = false;  // plane pointers tested before the size
 };
 
 #define PACKED_TO_PACKED(fn) \
@@ -113,8 +114,8 @@ inline void ExpectFormulas(const Export& e, Image& src, int pad, int offset, int
   const int body = e.block ? (src.width & ~(e.block - 1)) : 0;
   for (int y = 0; y < src.height; ++y) {
     for (int x = 0; x < src.width; ++x) {
-      const Px want = (x < body ? e.blockFn : e.tailFn)(src.at(x, y, 0), src.at(x, y, 1),
-                                                         src.at(x, y, 2));
+      const Px want =
+          (x < body ? e.blockFn : e.tailFn)(src.at(x, y, 0), src.at(x, y, 1), src.at(x, y, 2));
       const int first = e.dstBackwards ? 2 : 0, last = 2 - first;
       const Px got = {dst.at(x, y, first), dst.at(x, y, 1), dst.at(x, y, last)};
       ASSERT_TRUE(want.c0 == got.c0 && want.c1 == got.c1 && want.c2 == got.c2)
@@ -338,6 +339,19 @@ inline uint32_t OutputHash(const Export& e) {
     for (uint8_t b : plane->Region()) h = (h ^ b) * 16777619u;
   }
   return h;
+}
+
+// Compares OutputHash of each named export with its recorded value.
+using Recorded = std::pair<const char*, uint32_t>;
+inline void ExpectRecordedOutputs(const std::vector<Export>& all,
+                                  const std::vector<Recorded>& recorded) {
+  for (const Recorded& r : recorded) {
+    const auto e =
+        std::find_if(all.begin(), all.end(), [&](const Export& x) { return x.name == r.first; });
+    ASSERT_NE(e, all.end()) << r.first;
+    EXPECT_EQ(OutputHash(*e), r.second) << r.first;
+  }
+  EXPECT_EQ(recorded.size(), all.size()) << "an export without a recorded value";
 }
 
 // A row of `width` copies of one colour through an export; returns the destination image.
