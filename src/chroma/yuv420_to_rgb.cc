@@ -141,9 +141,11 @@ Source FromPairs(const Kro8u* luma, int lumaStep, const Kro8u* chroma, int chrom
 
 // Packed pixels of kBytes bytes, R at byte 0 (B for BGR), and in four-byte pixels the alpha
 // byte after them: alphaValue for C4, 0 for AC4.
-template <int kBytes, bool kBgr>
+template <int kPixelBytes, bool kIsBgr>
 struct PackedOut {
   static constexpr bool kPacked = true;
+  static constexpr int kBytes = kPixelBytes;
+  static constexpr bool kBgr = kIsBgr;
   uint8_t* image;
   int step;
   uint8_t alpha;
@@ -198,6 +200,147 @@ void RowPairScalar(const uint8_t* y0, const uint8_t* y1, const uint8_t* cb, cons
   run(S::kTail, width);
 }
 
+// ---- Vector bodies (SSE2 + SSSE3) ------------------------------------------------------------
+//
+// Sixteen pixels of a row pair a turn (then one turn of eight): eight chroma columns are
+// widened to 16-bit lanes and turned into the set's three chroma terms once, each term is
+// doubled up for the two columns that share it, and both luma rows add their own luma term.
+// Loads and stores touch exactly the bytes of the block's pixels.
+#if KRO_SIMD
+using color::Set16;
+
+template <const LaneSet& k>
+inline __m128i LumaLanes(__m128i y) {
+  if constexpr (k.luma == LumaIn::kOffset7) {
+    return _mm_mulhi_epi16(_mm_slli_epi16(_mm_sub_epi16(y, Set16(16)), 7), Set16(k.kY));
+  } else if constexpr (k.luma == LumaIn::kPlain7) {
+    return _mm_mulhi_epi16(_mm_slli_epi16(y, 7), Set16(k.kY));
+  } else if constexpr (k.luma == LumaIn::kTimes16) {
+    return _mm_slli_epi16(y, 4);
+  } else {
+    return _mm_add_epi16(y, y);
+  }
+}
+
+template <const LaneSet& k>
+inline __m128i ChromaLanes(__m128i c) {
+  if constexpr (k.chroma == ChromaIn::kCentred7) {
+    return _mm_slli_epi16(_mm_sub_epi16(c, Set16(128)), 7);
+  } else if constexpr (k.chroma == ChromaIn::kPlain7) {
+    return _mm_slli_epi16(c, 7);
+  } else {
+    return _mm_sub_epi16(_mm_slli_epi16(c, 4), Set16(2048));
+  }
+}
+
+struct Terms {
+  __m128i r, g, b;
+};
+
+template <const LaneSet& k>
+inline Terms ChromaTerms(__m128i cb, __m128i cr) {
+  const __m128i u = ChromaLanes<k>(cb), v = ChromaLanes<k>(cr);
+  const __m128i g =
+      _mm_add_epi16(_mm_mulhi_epi16(u, Set16(k.kGu)), _mm_mulhi_epi16(v, Set16(k.kGv)));
+  return {_mm_add_epi16(_mm_mulhi_epi16(v, Set16(k.kR)), Set16(k.cR)),
+          k.gSubtracts ? _mm_sub_epi16(Set16(k.cG), g) : _mm_add_epi16(Set16(k.cG), g),
+          _mm_add_epi16(_mm_mulhi_epi16(u, Set16(k.kB)), Set16(k.cB))};
+}
+
+// Sixteen outputs of one component: luma terms of pixels 0-7 and 8-15 plus their chroma terms,
+// shifted, packed with the clamp to 0..255.
+template <const LaneSet& k>
+inline __m128i Component(__m128i yLo, __m128i yHi, __m128i tLo, __m128i tHi) {
+  return _mm_packus_epi16(_mm_srai_epi16(_mm_add_epi16(yLo, tLo), k.shift),
+                          _mm_srai_epi16(_mm_add_epi16(yHi, tHi), k.shift));
+}
+
+inline __m128i Load4(const uint8_t* p) {
+  int32_t v;
+  std::memcpy(&v, p, 4);
+  return _mm_cvtsi32_si128(v);
+}
+
+// Cb and Cr of the block's kPixels / 2 chroma columns from column i on, in 16-bit lanes.
+template <Chroma kChroma, int kPixels>
+inline void LoadChroma(const uint8_t* cb, const uint8_t* cr, int i, __m128i& u, __m128i& v) {
+  if constexpr (kChroma == Chroma::kPlanes) {
+    const __m128i zero = _mm_setzero_si128();
+    const auto load = [](const uint8_t* p) {
+      return kPixels == 16 ? _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)) : Load4(p);
+    };
+    u = _mm_unpacklo_epi8(load(cb + i), zero);
+    v = _mm_unpacklo_epi8(load(cr + i), zero);
+  } else {
+    const uint8_t* p = (kChroma == Chroma::kCbCrPairs ? cb : cr) + 2 * i;
+    const __m128i pairs = kPixels == 16 ? _mm_loadu_si128(reinterpret_cast<const __m128i*>(p))
+                                        : _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
+    const __m128i first = _mm_and_si128(pairs, Set16(0xFF)), second = _mm_srli_epi16(pairs, 8);
+    u = kChroma == Chroma::kCbCrPairs ? first : second;
+    v = kChroma == Chroma::kCbCrPairs ? second : first;
+  }
+}
+
+// kPixels packed pixels from component vectors; four-byte pixels take `alpha` as fourth byte.
+template <int kBytes, bool kBgr, int kPixels>
+inline void StorePixels(uint8_t* p, __m128i r, __m128i g, __m128i b, __m128i alpha) {
+  const __m128i first = kBgr ? b : r, last = kBgr ? r : b;
+  if constexpr (kBytes == 3) {
+    color::StorePacked<kPixels>(p, {first, g, last});
+  } else {
+    const auto store = [&](int at, __m128i fg, __m128i la) {
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(p + at), _mm_unpacklo_epi16(fg, la));
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(p + at + 16), _mm_unpackhi_epi16(fg, la));
+    };
+    store(0, _mm_unpacklo_epi8(first, g), _mm_unpacklo_epi8(last, alpha));
+    if (kPixels == 16) store(32, _mm_unpackhi_epi8(first, g), _mm_unpackhi_epi8(last, alpha));
+  }
+}
+
+// Columns x .. x + kPixels - 1 of both rows of a pair.
+template <const LaneSet& k, Chroma kChroma, int kBytes, bool kBgr, int kPixels>
+inline void BlockPair(const uint8_t* y0, const uint8_t* y1, const uint8_t* cb, const uint8_t* cr,
+                      uint8_t* d0, uint8_t* d1, __m128i alpha, int x) {
+  __m128i u, v;
+  LoadChroma<kChroma, kPixels>(cb, cr, x >> 1, u, v);
+  const Terms t = ChromaTerms<k>(u, v);
+  const Terms lo = {_mm_unpacklo_epi16(t.r, t.r), _mm_unpacklo_epi16(t.g, t.g),
+                    _mm_unpacklo_epi16(t.b, t.b)};
+  const Terms hi = {_mm_unpackhi_epi16(t.r, t.r), _mm_unpackhi_epi16(t.g, t.g),
+                    _mm_unpackhi_epi16(t.b, t.b)};
+  const __m128i zero = _mm_setzero_si128();
+  const auto row = [&](const uint8_t* yRow, uint8_t* d) {
+    const __m128i y = kPixels == 16 ? _mm_loadu_si128(reinterpret_cast<const __m128i*>(yRow + x))
+                                    : _mm_loadl_epi64(reinterpret_cast<const __m128i*>(yRow + x));
+    const __m128i yLo = LumaLanes<k>(_mm_unpacklo_epi8(y, zero));
+    const __m128i yHi = LumaLanes<k>(_mm_unpackhi_epi8(y, zero));
+    StorePixels<kBytes, kBgr, kPixels>(d + kBytes * x, Component<k>(yLo, yHi, lo.r, hi.r),
+                                       Component<k>(yLo, yHi, lo.g, hi.g),
+                                       Component<k>(yLo, yHi, lo.b, hi.b), alpha);
+  };
+  row(y0, d0);
+  row(y1, d1);
+}
+
+// The vector columns of a row pair below `end`: sixteens, then one eight. Returns the first
+// column left to the scalar row.
+template <class S, Chroma kChroma, int kBytes, bool kBgr>
+int RowPairVector(const uint8_t* y0, const uint8_t* y1, const uint8_t* cb, const uint8_t* cr,
+                  uint8_t* d0, uint8_t* d1, uint8_t alphaValue, int end) {
+  constexpr const LaneSet& k = S::kLanes;
+  const __m128i alpha = _mm_set1_epi8(static_cast<char>(alphaValue));
+  int x = 0;
+  for (; x + 16 <= end; x += 16) {
+    BlockPair<k, kChroma, kBytes, kBgr, 16>(y0, y1, cb, cr, d0, d1, alpha, x);
+  }
+  if (x + 8 <= end) {
+    BlockPair<k, kChroma, kBytes, kBgr, 8>(y0, y1, cb, cr, d0, d1, alpha, x);
+    x += 8;
+  }
+  return x;
+}
+#endif
+
 // The image: row pairs over the even height, columns over the even width.
 template <class S, Chroma kChroma, class Out>
 void Convert420(const Source& s, const Out& out, KroSize roi) {
@@ -209,7 +352,14 @@ void Convert420(const Source& s, const Out& out, KroSize roi) {
     const uint8_t* cb = RowOf(s.cb, s.cbStep, j);
     const uint8_t* cr = RowOf(s.cr, s.crStep, j);
     const auto o0 = out.At(2 * j), o1 = out.At(2 * j + 1);
-    RowPairScalar<S, kChroma>(y0, y1, cb, cr, o0, o1, 0, width, vectorEnd);
+    int x = 0;
+#if KRO_SIMD
+    if constexpr (Out::kPacked) {
+      x = RowPairVector<S, kChroma, Out::kBytes, Out::kBgr>(y0, y1, cb, cr, o0.p, o1.p, out.alpha,
+                                                            vectorEnd < width ? vectorEnd : width);
+    }
+#endif
+    RowPairScalar<S, kChroma>(y0, y1, cb, cr, o0, o1, x, width, vectorEnd);
   }
 }
 
