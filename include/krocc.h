@@ -197,6 +197,84 @@ KROAPI kroStatus kroiGammaInv_16u_IP3R(Kro16u* const planes[3], int step, KroSiz
 /* ==== RGB and BGR to 4:2:0 ================================================================= */
 
 /* ==== 4:2:0 to RGB and BGR ================================================================= */
+/* Planar (P3: Y, Cb, Cr planes, each with its own row step) or two-plane (P2: Y plane and one
+ * plane of chroma pairs, Cb first for YCbCr names and Cr first for YCrCb names) 4:2:0 images to
+ * packed RGB/BGR (C3), with a fourth byte alphaValue (C4) or 0 (AC4), or to three R, G, B planes
+ * sharing one step (P3R). The four pixels of each 2x2 block share its Cb and Cr. Only the even
+ * part (width & ~1) x (height & ~1) is converted: an odd last column or row is left as it was,
+ * and the call returns kroStatusOddSize (+35). Each export has its own integer arithmetic; in
+ * several, the last columns of a row take a 32-bit form that can differ by one from the 16-bit
+ * form of the columns before them (docs/families.md). Planar YCrCb sources list Cr in plane 1.
+ * Statuses: kroStatusNullPointer, kroStatusBadSize (width or height below 1; below 2 for
+ * kroiYUV420ToBGR_8u_P3C3R). The planar sources' plane pointers are tested after the size; the
+ * two YCrCb P2C4R forms test the size before any pointer. */
+
+KROAPI kroStatus kroiYCbCr420ToRGB_8u_P3C3R(const Kro8u* const srcPlanes[3],
+                                            const int srcPlaneSteps[3], Kro8u* dst,
+                                            int dstRowStep, KroSize roi);
+KROAPI kroStatus kroiYCbCr420ToBGR_8u_P3C3R(const Kro8u* const srcPlanes[3],
+                                            const int srcPlaneSteps[3], Kro8u* dst,
+                                            int dstRowStep, KroSize roi);
+KROAPI kroStatus kroiYCbCr420ToBGR_8u_P3C4R(const Kro8u* const srcPlanes[3],
+                                            const int srcPlaneSteps[3], Kro8u* dst,
+                                            int dstRowStep, KroSize roi, Kro8u alphaValue);
+KROAPI kroStatus kroiYCbCr420ToRGB_8u_P2C3R(const Kro8u* srcLuma, int srcLumaStep,
+                                            const Kro8u* srcChroma, int srcChromaStep, Kro8u* dst,
+                                            int dstRowStep, KroSize roi);
+KROAPI kroStatus kroiYCbCr420ToBGR_8u_P2C3R(const Kro8u* srcLuma, int srcLumaStep,
+                                            const Kro8u* srcChroma, int srcChromaStep, Kro8u* dst,
+                                            int dstRowStep, KroSize roi);
+KROAPI kroStatus kroiYCbCr420ToRGB_8u_P2C4R(const Kro8u* srcLuma, int srcLumaStep,
+                                            const Kro8u* srcChroma, int srcChromaStep, Kro8u* dst,
+                                            int dstRowStep, KroSize roi, Kro8u alphaValue);
+KROAPI kroStatus kroiYCbCr420ToBGR_8u_P2C4R(const Kro8u* srcLuma, int srcLumaStep,
+                                            const Kro8u* srcChroma, int srcChromaStep, Kro8u* dst,
+                                            int dstRowStep, KroSize roi, Kro8u alphaValue);
+KROAPI kroStatus kroiYCrCb420ToRGB_8u_P2C3R(const Kro8u* srcLuma, int srcLumaStep,
+                                            const Kro8u* srcChroma, int srcChromaStep, Kro8u* dst,
+                                            int dstRowStep, KroSize roi);
+KROAPI kroStatus kroiYCrCb420ToBGR_8u_P2C3R(const Kro8u* srcLuma, int srcLumaStep,
+                                            const Kro8u* srcChroma, int srcChromaStep, Kro8u* dst,
+                                            int dstRowStep, KroSize roi);
+/* These two test the size before the pointers. */
+KROAPI kroStatus kroiYCrCb420ToRGB_8u_P2C4R(const Kro8u* srcLuma, int srcLumaStep,
+                                            const Kro8u* srcChroma, int srcChromaStep, Kro8u* dst,
+                                            int dstRowStep, KroSize roi, Kro8u alphaValue);
+KROAPI kroStatus kroiYCrCb420ToBGR_8u_P2C4R(const Kro8u* srcLuma, int srcLumaStep,
+                                            const Kro8u* srcChroma, int srcChromaStep, Kro8u* dst,
+                                            int dstRowStep, KroSize roi, Kro8u alphaValue);
+/* srcPlanes: Y, Cr, Cb. */
+KROAPI kroStatus kroiYCrCb420ToRGB_8u_P3C4R(const Kro8u* const srcPlanes[3],
+                                            const int srcPlaneSteps[3], Kro8u* dst,
+                                            int dstRowStep, KroSize roi, Kro8u alphaValue);
+KROAPI kroStatus kroiYCbCr420ToBGR_709CSC_8u_P3C3R(const Kro8u* const srcPlanes[3],
+                                                   const int srcPlaneSteps[3], Kro8u* dst,
+                                                   int dstRowStep, KroSize roi);
+KROAPI kroStatus kroiYCbCr420ToBGR_709HDTV_8u_P3C4R(const Kro8u* const srcPlanes[3],
+                                                    const int srcPlaneSteps[3], Kro8u* dst,
+                                                    int dstRowStep, KroSize roi,
+                                                    Kro8u alphaValue);
+/* YUV (U and V offset by 128). The AC4 form stores 0 in every fourth byte it writes. */
+KROAPI kroStatus kroiYUV420ToRGB_8u_P3AC4R(const Kro8u* const srcPlanes[3],
+                                           const int srcPlaneSteps[3], Kro8u* dst, int dstRowStep,
+                                           KroSize roi);
+/* Width and height at least 2. */
+KROAPI kroStatus kroiYUV420ToBGR_8u_P3C3R(const Kro8u* const srcPlanes[3],
+                                          const int srcPlaneSteps[3], Kro8u* dst, int dstRowStep,
+                                          KroSize roi);
+KROAPI kroStatus kroiYUV420ToRGB_8u_P3C3R(const Kro8u* const srcPlanes[3],
+                                          const int srcPlaneSteps[3], Kro8u* dst, int dstRowStep,
+                                          KroSize roi);
+/* Three R, G, B planes sharing dstRowStep. */
+KROAPI kroStatus kroiYUV420ToRGB_8u_P3R(const Kro8u* const srcPlanes[3],
+                                        const int srcPlaneSteps[3], Kro8u* const dstPlanes[3],
+                                        int dstRowStep, KroSize roi);
+/* Tightly packed: Y step width, chroma steps width / 2, destination step width (planes) or
+ * 3 * width (packed). */
+KROAPI kroStatus kroiYUV420ToRGB_8u_P3(const Kro8u* const srcPlanes[3], Kro8u* const dstPlanes[3],
+                                       KroSize roi);
+KROAPI kroStatus kroiYUV420ToRGB_8u_P3C3(const Kro8u* const srcPlanes[3], Kro8u* dst,
+                                         KroSize roi);
 
 /* ==== Gamma, 32f by formula ================================================================ */
 
