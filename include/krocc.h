@@ -280,7 +280,29 @@ KROAPI kroStatus kroiYUV420ToRGB_8u_P3C3(const Kro8u* const srcPlanes[3], Kro8u*
 
 /* ==== Bit-depth reduction (ReduceBits) ===================================================== */
 
-/* ==== Bayer demosaicing: CFAToRGB ========================================================== */
+/* ==== Bayer demosaicing: CFAToRGB ===========================================================
+ * One plane of Bayer sensor samples to interleaved R, G, B, for a window of a whole image.
+ * src points to pixel (0, 0) of the whole image of srcSize; dst to the output of the window's
+ * first pixel (srcRect.x, srcRect.y), three samples per pixel. grid gives the colours of the
+ * image's first 2 x 2 block, counted from pixel (0, 0) whatever the window:
+ *   0: B G / G R   1: R G / G B   2: G B / R G   3: G R / B G   (row 0 / row 1).
+ * Every sample is integer: the site keeps its own sample, the missing colours are rounded
+ * averages of the nearest sites of that colour. Green at red and blue sites two or more pixels
+ * from every border of the whole image follows the smaller of the vertical and horizontal
+ * gradients over two pixels (the mean of four on a tie); nearer the border the averages use the
+ * neighbours that exist, so a pixel's value depends on where it lies in the whole image, not in
+ * the window. The window is trimmed to the image without a status; a window starting at or past
+ * the image's width or height writes nothing; a negative x or y is not supported.
+ * interpolation is read by nothing. Steps are in bytes (16u: the low bit is dropped).
+ * Checks, in order: kroStatusNullPointer (src, dst), kroStatusBadSize (srcSize below 2 x 2),
+ * kroStatusBadArgument (grid outside 0..3). */
+
+KROAPI kroStatus kroiCFAToRGB_8u_C1C3R(const Kro8u* src, KroRect srcRect, KroSize srcSize,
+                                       int srcStep, Kro8u* dst, int dstStep, int grid,
+                                       int interpolation);
+KROAPI kroStatus kroiCFAToRGB_16u_C1C3R(const Kro16u* src, KroRect srcRect, KroSize srcSize,
+                                        int srcStep, Kro16u* dst, int dstStep, int grid,
+                                        int interpolation);
 
 /* ==== Bayer demosaicing: DemosaicAHD ======================================================= */
 
