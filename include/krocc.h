@@ -305,6 +305,31 @@ KROAPI kroStatus kroiCFAToRGB_16u_C1C3R(const Kro16u* src, KroRect srcRect, KroS
                                         int interpolation);
 
 /* ==== Bayer demosaicing: DemosaicAHD ======================================================= */
+/* Adaptive homogeneity-directed demosaicing of a Bayer plane into interleaved R, G, B. The image
+ * is interpolated twice (green along the row, green along the column; red and blue by colour
+ * differences), both results go to luma-chroma, each pixel votes by how many neighbours lie
+ * within its thresholds in each result, and the votes of its 3 x 3 window choose the result
+ * (a tie repeats the last decision of the row's strip). Integer arithmetic only.
+ * src is pixel (0, 0) of the whole srcSize image; srcRect is trimmed to the image (a negative
+ * origin moves to 0, its width kept); dst is the output pixel of the trimmed region's first
+ * pixel; reads beyond the image edge are mirrored. grid is the Bayer phase at (0, 0):
+ * 0 = B G / G R, 1 = R G / G B, 2 = G B / R G, 3 = G R / B G.
+ * tmp: caller's scratch of 30 rows, tmpStep bytes apart (16u: low bit of tmpStep ignored), each
+ * row at least (max(trimmed width, 6) + 6) samples; no alignment needed, contents don't matter.
+ * Only pixels of the trimmed region are written, also where the strip partition of a small
+ * region starts outside it.
+ * Checks, in order: src or dst null -> kroStatusNullPointer; srcSize below 5 x 5 ->
+ * kroStatusBadSize; grid outside 0..3 -> kroStatusBadArgument. tmp, tmpStep and srcRect are
+ * not checked; a region that is empty after trimming returns kroStatusOk.
+ * 16u: srcStep is halved by a shift, dstStep by a division rounding towards zero. */
+
+KROAPI kroStatus kroiDemosaicAHD_8u_C1C3R(const Kro8u* src, KroRect srcRect, KroSize srcSize,
+                                          int srcStep, Kro8u* dst, int dstStep, int grid,
+                                          Kro8u* tmp, int tmpStep);
+KROAPI kroStatus kroiDemosaicAHD_16u_C1C3R(const Kro16u* src, KroRect srcRect, KroSize srcSize,
+                                           int srcStep, Kro16u* dst, int dstStep, int grid,
+                                           Kro8u* tmp, int tmpStep);
+
 
 /* ==== (next families are added below, one section each) ==================================== */
 
