@@ -181,6 +181,9 @@ int Convert(int argc, char** argv) {
   Source to = Classify(out, a.Get("to"), "to");
   if (a.Has("luma") && a.Has("planes")) Fail(kExitUsage, "--luma and --planes exclude each other");
 
+  // Reading, then converting and writing (multi-frame output shows its own line per frame).
+  Progress progress("convert " + in, 2);
+  progress.Step(0);
   if (from.kind == Kind::kImage || from.kind == Kind::kBayer) {
     Image image;
     if (from.kind == Kind::kImage) {
@@ -192,6 +195,7 @@ int Convert(int argc, char** argv) {
       if (bits != 8 && bits != 16) Fail(kExitUsage, "--bits wants 8 or 16");
       image = ReadRawBayer(in, w, h, static_cast<int>(bits));
     }
+    progress.Step(1);
     if (a.Has("channel")) image = TakeChannel(image, a.Get("channel"));
     switch (to.kind) {
       case Kind::kImage:
@@ -244,6 +248,7 @@ int Convert(int argc, char** argv) {
     a.GetSize("size", w, h);
     frames = ReadRawYuv(in, *from.layout, w, h);
   }
+  progress.Step(1);
   switch (to.kind) {
     case Kind::kRawYuv:
     case Kind::kY4m:

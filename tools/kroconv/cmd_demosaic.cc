@@ -117,6 +117,8 @@ int Demosaic(int argc, char** argv) {
   if (!a.Has("grid")) Fail(kExitUsage, "demosaic needs --grid rggb|grbg|gbrg|bggr");
   const int grid = BayerGridCode(a.Get("grid"));
   if (!IsImagePath(out)) Fail(kExitUsage, "cannot tell the kind of " + out + ": use .png or .ppm");
+  Progress progress("demosaic " + in, 3);  // reading, demosaicing, writing
+  progress.Step(0);
   Image plane;
   if (IsImagePath(in)) {
     if (a.Has("size") || a.Has("bits"))
@@ -131,8 +133,10 @@ int Demosaic(int argc, char** argv) {
     if (bits != 8 && bits != 16) Fail(kExitUsage, "--bits wants 8 or 16");
     plane = ReadRawBayer(in, w, h, static_cast<int>(bits));
   }
+  progress.Step(1);
   Image rgb = plane.bits == 8 ? Demosaic<Kro8u>(plane, grid, method.run8, method.name8)
                               : Demosaic<Kro16u>(plane, grid, method.run16, method.name16);
+  progress.Step(2);
   WriteImage(rgb, out);
   return kExitOk;
 }

@@ -104,7 +104,10 @@ int Dither(int argc, char** argv) {
   if (!IsImagePath(a.positional[1]))
     Fail(kExitUsage, "cannot tell the kind of " + a.positional[1] + ": use .png, .ppm or .pgm");
 #if KRO_HAS_DITHER8
+  Progress progress("dither " + a.positional[0], 3);  // reading, reducing, writing
+  progress.Step(0);
   Image image = ReadImage(a.positional[0]);
+  progress.Step(1);
   if (image.bits == 8) {
     Apply<Kro8u>(
         image, {KRO_REDUCE(kroiReduceBits_8u_C1R, Kro8u), KRO_REDUCE(kroiReduceBits_8u_C3R, Kro8u)},
@@ -119,6 +122,7 @@ int Dither(int argc, char** argv) {
     Fail(kExitUsage, a.positional[0] + " has 16-bit samples; this build reduces 8-bit images only");
 #endif
   }
+  progress.Step(2);
   WriteImage(image, a.positional[1]);
   return kExitOk;
 #else

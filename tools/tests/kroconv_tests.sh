@@ -570,6 +570,23 @@ case $CASE in
     expect_error 2 "cannot open none.png" o.png -- dither none.png o.png --levels 2
     expect_error 1 "cannot tell the kind of o.raw" o.raw -- dither c.ppm o.raw --levels 2
     ;;
+  progress)
+    command -v script >/dev/null || { echo "no 'script' to give kroconv a terminal; case not run"; exit 0; }
+    n=$(frame_bytes i420 4 4)
+    bytes $((n * 3)) 1 >f.raw && ppm 8 8 >a.ppm
+    # On a terminal (script gives one): a progress line per job, cleared before the end.
+    script -qec "'$K' convert f.raw f.y4m --from i420 --size 4x4 >/dev/null" /dev/null >tty.txt ||
+      fail "convert on a terminal failed: $(cat tty.txt)"
+    grep -q 'kroconv: writing f.y4m *[0-9]*%' tty.txt || fail "no frame progress on a terminal: $(od -c tty.txt | head -3)"
+    script -qec "'$K' convert a.ppm a.png >/dev/null" /dev/null >tty.txt
+    grep -q 'kroconv: convert a.ppm *[0-9]*%' tty.txt || fail "no progress for an image on a terminal"
+    [ "$(tail -c 1 tty.txt | od -An -c | tr -d ' ')" = '\r' ] || fail "progress line not cleared"
+    # Not on a terminal: quiet.
+    "$K" convert f.raw g.y4m --from i420 --size 4x4 2>err.txt && "$K" convert a.ppm b.png 2>>err.txt ||
+      fail "conversion failed"
+    [ ! -s err.txt ] || fail "output on a stderr that is no terminal: $(cat err.txt)"
+    cmp -s f.y4m g.y4m && cmp -s a.png b.png || fail "terminal and pipe runs differ"
+    ;;
   *) fail "unknown case" ;;
 esac
 exit 0
