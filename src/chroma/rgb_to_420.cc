@@ -327,97 +327,83 @@ namespace {
 
 // ---- SSSE3 bodies: sixteen pixels of a row pair a turn ---------------------------------------
 //
-// A row of sixteen packed pixels (48 or 64 bytes) is split into its components straight into
-// 16-bit lanes, pixels 0..7 and 8..15, by byte shuffles of the two source pieces that hold
-// each half. Luma runs on each half of each row; the block sums come from adding the rows and
-// then the neighbouring lanes. Every lane computes exactly its set's body formula.
-
-struct SplitMasks {
-  alignas(16) int8_t m[3][2][2][16];  // [component in memory][half][first or second piece]
-};
-template <int kBpp>
-constexpr int FirstPiece(int half) {
-  return kBpp * 8 * half / 16;
-}
-template <int kBpp>
-constexpr SplitMasks MakeSplit() {
-  SplitMasks s{};
-  for (int k = 0; k < 3; ++k)
-    for (int h = 0; h < 2; ++h)
-      for (int j = 0; j < 2; ++j)
-        for (int i = 0; i < 8; ++i) {
-          const int src = kBpp * (8 * h + i) + k, piece = FirstPiece<kBpp>(h) + j;
-          s.m[k][h][j][2 * i] = static_cast<int8_t>(src / 16 == piece ? src % 16 : -128);
-          s.m[k][h][j][2 * i + 1] = -128;
-        }
-  return s;
-}
-template <int kBpp>
-inline constexpr SplitMasks kSplit = MakeSplit<kBpp>();
+// A row of sixteen packed pixels (48 or 64 bytes) is cut into four groups of four pixels; one
+// byte shuffle per group gathers its R, G and B bytes into 32-bit runs, and a 4x4 transpose of
+// those runs gives one 16-byte vector per component. From there:
+// - luma lanes are the component bytes widened into the high byte of each 16-bit lane (x * 256,
+//   which the unpack gives for free), pixels 0..7 and 8..15;
+// - block sums times 32 come from pmaddubsw of each row's component bytes with 32 (neighbouring
+//   pixels) and the add of the two rows: exactly the a, b, c of the chroma formulas.
+// Every lane computes exactly its set's body formula.
 
 inline __m128i Set16(int v) { return _mm_set1_epi16(static_cast<int16_t>(v)); }
 
-// Components of a row, [R, G, B][half], lanes 0..255.
-struct RowLanes {
-  __m128i c[3][2];
+// Components of a row in memory order, sixteen bytes each.
+struct RowBytes {
+  __m128i c[3];
 };
 
-template <class Layout, bool kAligned>
-inline RowLanes LoadRow(const uint8_t* p) {
-  constexpr int kBpp = Layout::kBpp;
-  __m128i piece[4];
-  for (int i = 0; i < kBpp; ++i) {
-    const __m128i* a = reinterpret_cast<const __m128i*>(p + 16 * i);
-    piece[i] = kAligned ? _mm_load_si128(a) : _mm_loadu_si128(a);
-  }
-  RowLanes out;
-  for (int k = 0; k < 3; ++k) {
-    const int comp = Layout::kReversed ? 2 - k : k;
-    for (int h = 0; h < 2; ++h) {
-      const int first = FirstPiece<kBpp>(h);
-      const auto& m = kSplit<kBpp>.m[k][h];
-      out.c[comp][h] = _mm_or_si128(
-          _mm_shuffle_epi8(piece[first], _mm_load_si128(reinterpret_cast<const __m128i*>(m[0]))),
-          _mm_shuffle_epi8(piece[first + 1],
-                           _mm_load_si128(reinterpret_cast<const __m128i*>(m[1]))));
-    }
-  }
-  return out;
+template <int kBpp>
+inline __m128i GroupMask() {
+  // Bytes of the first three components of four pixels, kBpp bytes apart, in runs of four.
+  return kBpp == 3 ? _mm_setr_epi8(0, 3, 6, 9, 1, 4, 7, 10, 2, 5, 8, 11, -1, -1, -1, -1)
+                   : _mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, -1, -1, -1, -1);
 }
 
-// Lane forms of the sets. Luma(r, g, b, &pre) gives the luma lanes before the pack and, for the
-// YUV sets, the per-pixel value whose block sum the chroma needs; Chroma(sr, sg, sb, preSum)
-// gives Cb and Cr lanes before the pack.
+template <class Layout, bool kAligned>
+inline RowBytes LoadRow(const uint8_t* p) {
+  auto load = [&](int i) {
+    const __m128i* a = reinterpret_cast<const __m128i*>(p + 16 * i);
+    return kAligned ? _mm_load_si128(a) : _mm_loadu_si128(a);
+  };
+  __m128i q[4];
+  if constexpr (Layout::kBpp == 3) {
+    const __m128i p0 = load(0), p1 = load(1), p2 = load(2);
+    q[0] = p0;
+    q[1] = _mm_alignr_epi8(p1, p0, 12);
+    q[2] = _mm_alignr_epi8(p2, p1, 8);
+    q[3] = _mm_srli_si128(p2, 4);
+  } else {
+    for (int i = 0; i < 4; ++i) q[i] = load(i);
+  }
+  const __m128i mask = GroupMask<Layout::kBpp>();
+  for (int i = 0; i < 4; ++i) q[i] = _mm_shuffle_epi8(q[i], mask);
+  const __m128i t0 = _mm_unpacklo_epi32(q[0], q[1]), t1 = _mm_unpacklo_epi32(q[2], q[3]);
+  const __m128i t2 = _mm_unpackhi_epi32(q[0], q[1]), t3 = _mm_unpackhi_epi32(q[2], q[3]);
+  return {{_mm_unpacklo_epi64(t0, t1), _mm_unpackhi_epi64(t0, t1), _mm_unpacklo_epi64(t2, t3)}};
+}
+
+// Lane forms of the sets, on components times 256 (r8, g8, b8) and block sums times 32
+// (a, b, c). Luma(r8, g8, b8, &pre) gives the luma lanes before the pack and, for the YUV sets,
+// the per-pixel value whose block sum the chroma needs; Chroma(a, b, c, preSum) gives the Cb and
+// Cr lanes before the pack.
 struct LanesA {
-  static __m128i Luma(__m128i r, __m128i g, __m128i b, __m128i*) {
-    auto m = [](__m128i x, int k) { return _mm_mulhrs_epi16(_mm_slli_epi16(x, 7), Set16(k)); };
-    const __m128i y = _mm_add_epi16(
-        _mm_add_epi16(_mm_add_epi16(m(r, SetA::kY[0]), m(g, SetA::kY[1])), m(b, SetA::kY[2])),
-        Set16(SetA::kYBias));
+  // pmulhrsw is signed, so the samples go in at x * 128.
+  static __m128i Luma(__m128i r8, __m128i g8, __m128i b8, __m128i*) {
+    auto m = [](__m128i x8, int k) { return _mm_mulhrs_epi16(_mm_srli_epi16(x8, 1), Set16(k)); };
+    const __m128i y = _mm_add_epi16(_mm_add_epi16(m(r8, SetA::kY[0]), m(g8, SetA::kY[1])),
+                                    _mm_add_epi16(m(b8, SetA::kY[2]), Set16(SetA::kYBias)));
     return _mm_srai_epi16(y, 6);
   }
-  static void Chroma(__m128i sr, __m128i sg, __m128i sb, __m128i, __m128i* cb, __m128i* cr) {
-    const __m128i a = _mm_slli_epi16(sr, 5), b = _mm_slli_epi16(sg, 5), c = _mm_slli_epi16(sb, 5);
+  static void Chroma(__m128i a, __m128i b, __m128i c, __m128i, __m128i* cb, __m128i* cr) {
     auto m = [](__m128i x, int k) { return _mm_mulhrs_epi16(x, Set16(k)); };
-    *cb = _mm_srai_epi16(
-        _mm_add_epi16(
-            _mm_sub_epi16(_mm_sub_epi16(m(c, SetA::kCbB), m(a, SetA::kCbR)), m(b, SetA::kCbG)),
-            Set16(SetA::kCBias)),
-        6);
-    *cr = _mm_srai_epi16(
-        _mm_add_epi16(
-            _mm_sub_epi16(_mm_sub_epi16(m(a, SetA::kCrR), m(b, SetA::kCrG)), m(c, SetA::kCrB)),
-            Set16(SetA::kCBias)),
-        6);
+    const __m128i bias = Set16(SetA::kCBias);
+    *cb = _mm_srai_epi16(_mm_sub_epi16(_mm_add_epi16(m(c, SetA::kCbB), bias),
+                                       _mm_add_epi16(m(a, SetA::kCbR), m(b, SetA::kCbG))),
+                         6);
+    *cr = _mm_srai_epi16(_mm_sub_epi16(_mm_add_epi16(m(a, SetA::kCrR), bias),
+                                       _mm_add_epi16(m(b, SetA::kCrG), m(c, SetA::kCrB))),
+                         6);
   }
 };
 
 template <const HighCoefs& K>
 struct LanesHigh {
-  static __m128i Luma(__m128i r, __m128i g, __m128i b, __m128i*) {
-    auto m = [](__m128i x, int k) { return _mm_mulhi_epu16(_mm_slli_epi16(x, 8), Set16(k)); };
-    const __m128i y = _mm_adds_epu16(
-        _mm_adds_epu16(_mm_adds_epu16(m(r, K.y[0]), m(g, K.y[1])), m(b, K.y[2])), Set16(K.yBias));
+  static __m128i Luma(__m128i r8, __m128i g8, __m128i b8, __m128i*) {
+    auto m = [](__m128i x, int k) { return _mm_mulhi_epu16(x, Set16(k)); };
+    const __m128i y =
+        _mm_adds_epu16(_mm_adds_epu16(_mm_adds_epu16(m(r8, K.y[0]), m(g8, K.y[1])), m(b8, K.y[2])),
+                       Set16(K.yBias));
     return _mm_srli_epi16(y, 7);
   }
   static __m128i One(const uint16_t (&k)[3], __m128i first, __m128i second, __m128i third) {
@@ -426,46 +412,45 @@ struct LanesHigh {
         _mm_adds_epu16(_mm_mulhi_epu16(second, Set16(k[1])), _mm_mulhi_epu16(third, Set16(k[2]))));
     return _mm_srai_epi16(_mm_adds_epi16(d, Set16(K.cBias)), K.cShift);
   }
-  static void Chroma(__m128i sr, __m128i sg, __m128i sb, __m128i, __m128i* cb, __m128i* cr) {
-    const __m128i a = _mm_slli_epi16(sr, 5), b = _mm_slli_epi16(sg, 5), c = _mm_slli_epi16(sb, 5);
+  static void Chroma(__m128i a, __m128i b, __m128i c, __m128i, __m128i* cb, __m128i* cr) {
     *cb = One(K.cb, c, a, b);
     *cr = One(K.cr, a, b, c);
   }
 };
 
 struct LanesE {
-  static __m128i Luma(__m128i r, __m128i g, __m128i b, __m128i* pre) {
-    auto m = [](__m128i x, int k) { return _mm_mulhrs_epi16(_mm_slli_epi16(x, 7), Set16(k)); };
-    *pre = _mm_add_epi16(_mm_add_epi16(m(r, SetE::kY[0]), m(g, SetE::kY[1])), m(b, SetE::kY[2]));
+  static __m128i Luma(__m128i r8, __m128i g8, __m128i b8, __m128i* pre) {
+    auto m = [](__m128i x8, int k) { return _mm_mulhrs_epi16(_mm_srli_epi16(x8, 1), Set16(k)); };
+    *pre = _mm_add_epi16(_mm_add_epi16(m(r8, SetE::kY[0]), m(g8, SetE::kY[1])), m(b8, SetE::kY[2]));
     return _mm_srai_epi16(*pre, 6);
   }
-  static void Chroma(__m128i sr, __m128i, __m128i sb, __m128i preSum, __m128i* u, __m128i* v) {
+  static void Chroma(__m128i a, __m128i, __m128i c, __m128i preSum, __m128i* u, __m128i* v) {
     const __m128i t = _mm_srli_epi16(preSum, 1);
     auto one = [&](__m128i s, int k) {
-      return _mm_add_epi16(
-          _mm_srai_epi16(_mm_mulhrs_epi16(_mm_sub_epi16(_mm_slli_epi16(s, 5), t), Set16(k)), 6),
-          Set16(128));
+      return _mm_add_epi16(_mm_srai_epi16(_mm_mulhrs_epi16(_mm_sub_epi16(s, t), Set16(k)), 6),
+                           Set16(128));
     };
-    *u = one(sb, SetE::kU);
-    *v = one(sr, SetE::kV);
+    *u = one(c, SetE::kU);
+    *v = one(a, SetE::kV);
   }
 };
 
 struct LanesF {
-  static __m128i Luma(__m128i r, __m128i g, __m128i b, __m128i* pre) {
-    auto m = [](__m128i x, int k) { return _mm_mulhi_epi16(_mm_slli_epi16(x, 2), Set16(k)); };
-    *pre = _mm_adds_epi16(_mm_adds_epi16(m(r, SetF::kY[0]), m(g, SetF::kY[1])), m(b, SetF::kY[2]));
+  static __m128i Luma(__m128i r8, __m128i g8, __m128i b8, __m128i* pre) {
+    auto m = [](__m128i x8, int k) { return _mm_mulhi_epi16(_mm_srli_epi16(x8, 6), Set16(k)); };
+    *pre =
+        _mm_adds_epi16(_mm_adds_epi16(m(r8, SetF::kY[0]), m(g8, SetF::kY[1])), m(b8, SetF::kY[2]));
     return _mm_srai_epi16(*pre, 1);
   }
-  static void Chroma(__m128i sr, __m128i, __m128i sb, __m128i preSum, __m128i* u, __m128i* v) {
+  // (S * 4) >> 3 of a sum below 1021 is the sum times 32, shifted right by 6.
+  static void Chroma(__m128i a, __m128i, __m128i c, __m128i preSum, __m128i* u, __m128i* v) {
     const __m128i t = _mm_srai_epi16(preSum, 2);
     auto one = [&](__m128i s, int k) {
-      return _mm_adds_epi16(
-          _mm_mulhi_epi16(_mm_sub_epi16(_mm_srai_epi16(_mm_slli_epi16(s, 2), 3), t), Set16(k)),
-          Set16(128));
+      return _mm_adds_epi16(_mm_mulhi_epi16(_mm_sub_epi16(_mm_srai_epi16(s, 6), t), Set16(k)),
+                            Set16(128));
     };
-    *u = one(sb, SetF::kU);
-    *v = one(sr, SetF::kV);
+    *u = one(c, SetF::kU);
+    *v = one(a, SetF::kV);
   }
 };
 
@@ -489,38 +474,45 @@ inline __m128i ClampBytes(__m128i v) {
   return v;
 }
 
+template <class Set>
+inline constexpr bool kNeedsLumaSums = std::is_same_v<Set, SetE> || std::is_same_v<Set, SetF>;
+
+// One row of sixteen pixels: luma stored, block-sum contributions (times 32) added to sums[3],
+// and for the YUV sets the row's pair sums of the per-pixel luma value added to *preSum.
+template <class Set, class Layout, bool kAligned>
+inline void Row16(const uint8_t* src, uint8_t* y, __m128i (&sums)[3], __m128i* preSum) {
+  using L = LanesOf<Set>;
+  const RowBytes v = LoadRow<Layout, kAligned>(src);
+  const int r = Layout::kReversed ? 2 : 0, b = 2 - r;
+  const __m128i zero = _mm_setzero_si128(), by32 = _mm_set1_epi8(32);
+  __m128i pre[2];
+  const __m128i lo = L::Luma(_mm_unpacklo_epi8(zero, v.c[r]), _mm_unpacklo_epi8(zero, v.c[1]),
+                             _mm_unpacklo_epi8(zero, v.c[b]), &pre[0]);
+  const __m128i hi = L::Luma(_mm_unpackhi_epi8(zero, v.c[r]), _mm_unpackhi_epi8(zero, v.c[1]),
+                             _mm_unpackhi_epi8(zero, v.c[b]), &pre[1]);
+  const __m128i bytes = ClampBytes<Set>(_mm_packus_epi16(lo, hi));
+  if (kAligned) {
+    _mm_store_si128(reinterpret_cast<__m128i*>(y), bytes);
+  } else {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(y), bytes);
+  }
+  for (int k = 0; k < 3; ++k) {
+    sums[k] = _mm_add_epi16(sums[k], _mm_maddubs_epi16(v.c[k == 0 ? r : k == 2 ? b : 1], by32));
+  }
+  if constexpr (kNeedsLumaSums<Set>)
+    *preSum = _mm_add_epi16(*preSum, _mm_hadd_epi16(pre[0], pre[1]));
+}
+
 // Sixteen pixels of two rows: 2 x 16 luma bytes and eight chroma columns.
 template <class Set, class Layout, bool kInterleaved, bool kAligned>
 inline void Step16(const uint8_t* s0, const uint8_t* s1, uint8_t* y0, uint8_t* y1, uint8_t* cb,
                    uint8_t* cr) {
-  using L = LanesOf<Set>;
-  const RowLanes r0 = LoadRow<Layout, kAligned>(s0), r1 = LoadRow<Layout, kAligned>(s1);
-  __m128i pre[2][2];
-  auto luma = [&](const RowLanes& r, int row, uint8_t* out) {
-    const __m128i lo = L::Luma(r.c[0][0], r.c[1][0], r.c[2][0], &pre[row][0]);
-    const __m128i hi = L::Luma(r.c[0][1], r.c[1][1], r.c[2][1], &pre[row][1]);
-    const __m128i bytes = ClampBytes<Set>(_mm_packus_epi16(lo, hi));
-    if (kAligned) {
-      _mm_store_si128(reinterpret_cast<__m128i*>(out), bytes);
-    } else {
-      _mm_storeu_si128(reinterpret_cast<__m128i*>(out), bytes);
-    }
-  };
-  luma(r0, 0, y0);
-  luma(r1, 1, y1);
-  // Block sums: rows added lane by lane, then neighbouring lanes (wrapping 16-bit adds).
-  auto sum = [](__m128i a0, __m128i a1, __m128i b0, __m128i b1) {
-    return _mm_hadd_epi16(_mm_add_epi16(a0, b0), _mm_add_epi16(a1, b1));
-  };
-  const __m128i sr = sum(r0.c[0][0], r0.c[0][1], r1.c[0][0], r1.c[0][1]);
-  const __m128i sg = sum(r0.c[1][0], r0.c[1][1], r1.c[1][0], r1.c[1][1]);
-  const __m128i sb = sum(r0.c[2][0], r0.c[2][1], r1.c[2][0], r1.c[2][1]);
+  __m128i sums[3] = {_mm_setzero_si128(), _mm_setzero_si128(), _mm_setzero_si128()};
   __m128i preSum = _mm_setzero_si128();
-  if constexpr (std::is_same_v<Set, SetE> || std::is_same_v<Set, SetF>) {
-    preSum = sum(pre[0][0], pre[0][1], pre[1][0], pre[1][1]);
-  }
+  Row16<Set, Layout, kAligned>(s0, y0, sums, &preSum);
+  Row16<Set, Layout, kAligned>(s1, y1, sums, &preSum);
   __m128i vcb, vcr;
-  L::Chroma(sr, sg, sb, preSum, &vcb, &vcr);
+  LanesOf<Set>::Chroma(sums[0], sums[1], sums[2], preSum, &vcb, &vcr);
   const __m128i both = ClampBytes<Set>(_mm_packus_epi16(vcb, vcr));  // Cb in 0..7, Cr in 8..15
   if (kInterleaved) {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(cb),
