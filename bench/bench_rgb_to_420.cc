@@ -65,6 +65,15 @@ void Add(const std::string& name, int bpp, Fn fn, int cpuMask = -1) {
     fn(i.src.data(), i.srcStep, i.planes[0], i.steps[0], i.planes[1], 2 * i.steps[1], r); \
   })
 
+#ifdef KRO_HAVE_LIBYUV
+// A libyuv conversion from one packed source to I420 planes.
+template <auto kConvert>
+void Peer(Images& i, KroSize r) {
+  kConvert(i.src.data(), i.srcStep, i.planes[0], i.steps[0], i.planes[1], i.steps[1], i.planes[2],
+           i.steps[2], r.width, r.height);
+}
+#endif
+
 const bool kRegistered = [] {
   KRO_P3(kroiRGBToYCbCr420_8u_C3P3R, 3);
   KRO_P3(kroiBGRToYCbCr420_8u_C3P3R, 3);
@@ -101,27 +110,9 @@ const bool kRegistered = [] {
                       kCpuHasAVX512VBMI2 | kCpuHasAVX512VBITALG | kCpuHasAVX512VPOPCNTDQ);
   for (auto [suffix, mask] : {std::pair{"", -1}, std::pair{"_noAVX2", noAvx}}) {
     const std::string s = suffix;
-    Add(
-        "libyuv_RAWToI420" + s, 3,
-        [](Images& i, KroSize r) {
-          RAWToI420(i.src.data(), i.srcStep, i.planes[0], i.steps[0], i.planes[1], i.steps[1],
-                    i.planes[2], i.steps[2], r.width, r.height);
-        },
-        mask);
-    Add(
-        "libyuv_RGB24ToI420" + s, 3,
-        [](Images& i, KroSize r) {
-          RGB24ToI420(i.src.data(), i.srcStep, i.planes[0], i.steps[0], i.planes[1], i.steps[1],
-                      i.planes[2], i.steps[2], r.width, r.height);
-        },
-        mask);
-    Add(
-        "libyuv_ARGBToI420" + s, 4,
-        [](Images& i, KroSize r) {
-          ARGBToI420(i.src.data(), i.srcStep, i.planes[0], i.steps[0], i.planes[1], i.steps[1],
-                     i.planes[2], i.steps[2], r.width, r.height);
-        },
-        mask);
+    Add("libyuv_RAWToI420" + s, 3, Peer<RAWToI420>, mask);
+    Add("libyuv_RGB24ToI420" + s, 3, Peer<RGB24ToI420>, mask);
+    Add("libyuv_ARGBToI420" + s, 4, Peer<ARGBToI420>, mask);
   }
 #endif
   return true;

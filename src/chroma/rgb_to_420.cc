@@ -647,40 +647,40 @@ kroStatus kroiRGBToYCbCr420_8u_C3P3R(const Kro8u* src, int srcRowStep, Kro8u* co
   return Convert<SetA, Rgb3, false>(rows, d, roi);
 }
 
+// The P2 forms: source, luma and chroma pointers, then the size (at least 1 x 1 for set A,
+// 2 x 2 for the 709CSC forms).
+template <class Set, class Layout, int kMin>
+kroStatus ToPairs(const Kro8u* src, int srcRowStep, Kro8u* dstLuma, int dstLumaStep,
+                  Kro8u* dstChroma, int dstChromaStep, KroSize roi) {
+  KRO_CHECK(CheckNull(src, dstLuma, dstChroma));
+  KRO_CHECK(CheckSize(roi, kMin, kMin));
+  return FromPacked<Set, Layout>(src, srcRowStep,
+                                 Pairs(dstLuma, dstLumaStep, dstChroma, dstChromaStep), roi);
+}
+
 kroStatus kroiRGBToYCbCr420_8u_C3P2R(const Kro8u* src, int srcRowStep, Kro8u* dstLuma,
                                      int dstLumaStep, Kro8u* dstChroma, int dstChromaStep,
                                      KroSize roi) {
-  KRO_CHECK(CheckNull(src, dstLuma, dstChroma));
-  KRO_CHECK(CheckSize(roi));
-  return FromPacked<SetA, Rgb3>(src, srcRowStep,
-                                Pairs(dstLuma, dstLumaStep, dstChroma, dstChromaStep), roi);
+  return ToPairs<SetA, Rgb3, 1>(src, srcRowStep, dstLuma, dstLumaStep, dstChroma, dstChromaStep,
+                                roi);
 }
-
 kroStatus kroiRGBToYCbCr420_8u_C4P2R(const Kro8u* src, int srcRowStep, Kro8u* dstLuma,
                                      int dstLumaStep, Kro8u* dstChroma, int dstChromaStep,
                                      KroSize roi) {
-  KRO_CHECK(CheckNull(src, dstLuma, dstChroma));
-  KRO_CHECK(CheckSize(roi));
-  return FromPacked<SetA, Rgb4>(src, srcRowStep,
-                                Pairs(dstLuma, dstLumaStep, dstChroma, dstChromaStep), roi);
+  return ToPairs<SetA, Rgb4, 1>(src, srcRowStep, dstLuma, dstLumaStep, dstChroma, dstChromaStep,
+                                roi);
 }
-
 kroStatus kroiBGRToYCbCr420_8u_C3P2R(const Kro8u* src, int srcRowStep, Kro8u* dstLuma,
                                      int dstLumaStep, Kro8u* dstChroma, int dstChromaStep,
                                      KroSize roi) {
-  KRO_CHECK(CheckNull(src, dstLuma, dstChroma));
-  KRO_CHECK(CheckSize(roi));
-  return FromPacked<SetA, Bgr3>(src, srcRowStep,
-                                Pairs(dstLuma, dstLumaStep, dstChroma, dstChromaStep), roi);
+  return ToPairs<SetA, Bgr3, 1>(src, srcRowStep, dstLuma, dstLumaStep, dstChroma, dstChromaStep,
+                                roi);
 }
-
 kroStatus kroiBGRToYCbCr420_8u_AC4P2R(const Kro8u* src, int srcRowStep, Kro8u* dstLuma,
                                       int dstLumaStep, Kro8u* dstChroma, int dstChromaStep,
                                       KroSize roi) {
-  KRO_CHECK(CheckNull(src, dstLuma, dstChroma));
-  KRO_CHECK(CheckSize(roi));
-  return FromPacked<SetA, Bgr4>(src, srcRowStep,
-                                Pairs(dstLuma, dstLumaStep, dstChroma, dstChromaStep), roi);
+  return ToPairs<SetA, Bgr4, 1>(src, srcRowStep, dstLuma, dstLumaStep, dstChroma, dstChromaStep,
+                                roi);
 }
 
 // ---- Set B: BT.601 studio range, unsigned high multiplies; regions from 2 x 2 ----------------
@@ -743,23 +743,17 @@ kroStatus kroiBGRToYCrCb420_709CSC_8u_AC4P3R(const Kro8u* src, int srcRowStep,
   return PlanarStudio<SetCOnP3, Bgr4, true>(src, srcRowStep, dstPlanes, dstPlaneSteps, roi);
 }
 
-template <class Layout>
-kroStatus Pairs709(const Kro8u* src, int srcRowStep, Kro8u* dstLuma, int dstLumaStep,
-                   Kro8u* dstChroma, int dstChromaStep, KroSize roi) {
-  KRO_CHECK(CheckNull(src, dstLuma, dstChroma));
-  KRO_CHECK(CheckSize(roi, 2, 2));
-  return FromPacked<SetCOnP2, Layout>(src, srcRowStep,
-                                      Pairs(dstLuma, dstLumaStep, dstChroma, dstChromaStep), roi);
-}
 kroStatus kroiBGRToYCbCr420_709CSC_8u_C3P2R(const Kro8u* src, int srcRowStep, Kro8u* dstLuma,
                                             int dstLumaStep, Kro8u* dstChroma, int dstChromaStep,
                                             KroSize roi) {
-  return Pairs709<Bgr3>(src, srcRowStep, dstLuma, dstLumaStep, dstChroma, dstChromaStep, roi);
+  return ToPairs<SetCOnP2, Bgr3, 2>(src, srcRowStep, dstLuma, dstLumaStep, dstChroma, dstChromaStep,
+                                    roi);
 }
 kroStatus kroiBGRToYCbCr420_709CSC_8u_AC4P2R(const Kro8u* src, int srcRowStep, Kro8u* dstLuma,
                                              int dstLumaStep, Kro8u* dstChroma, int dstChromaStep,
                                              KroSize roi) {
-  return Pairs709<Bgr4>(src, srcRowStep, dstLuma, dstLumaStep, dstChroma, dstChromaStep, roi);
+  return ToPairs<SetCOnP2, Bgr4, 2>(src, srcRowStep, dstLuma, dstLumaStep, dstChroma, dstChromaStep,
+                                    roi);
 }
 
 // ---- Set D: BT.709 without luma offset, every output held to 1..254 --------------------------
