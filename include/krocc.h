@@ -205,10 +205,10 @@ KROAPI kroStatus kroiGammaInv_16u_IP3R(Kro16u* const planes[3], int step, KroSiz
  * Only the even part of the region is converted: with an odd width or height the last column or
  * row is left as it was and kroStatusOddSize (+35) is returned.
  * Checks: kroStatusNullPointer, kroStatusBadSize (below 1 x 1, or 2 x 2 for the BGR YCbCr P3
- * forms, the YCrCb forms and every 709 form). The plane pointers of the planar forms are tested after
- * the size, except in the forms with a minimum of 2 x 2, which test them first. Step arrays are
- * not tested. Forms without R take tightly packed images (steps 3W or W, W for Y, W / 2 for
- * chroma). */
+ * forms, the YCrCb forms and every 709 form). The plane pointers of the planar forms are
+ * tested after the size, except in the forms with a minimum of 2 x 2, which test them first.
+ * Step arrays are not tested. Forms without R take tightly packed images (steps 3W or W, W for
+ * Y, W / 2 for chroma). Also planar RGB (P3R, P3) to YUV 4:2:0. */
 
 KROAPI kroStatus kroiRGBToYCbCr420_8u_C3P3R(const Kro8u* src, int srcRowStep,
                                             Kro8u* const dstPlanes[3], const int dstPlaneSteps[3],

@@ -127,7 +127,10 @@ struct SetA {
 // With a, b, c the block sums of R, G, B times 32:
 // Cb = ((hiU(c, cb0) - (hiU(a, cb1) +u hiU(b, cb2))) +s cBias) >> cShift, the difference wrapping
 // in 16 bits; Cr the same with (a; b, c). Lanes go to bytes with the saturating pack; the HDTV
-// set then holds them to 1..254.
+// set then holds them to 1..254. The chroma shift is arithmetic: in sets B and C the biased
+// difference never goes below zero, so it equals a logical one there; in set D saturated
+// yellows and cyans take it just below zero, and the arithmetic shift keeps that at the low end
+// (0, held to 1) as the tail form does.
 struct HighCoefs {
   uint16_t y[3], yBias;
   uint16_t cb[3];  // on c, a, b
