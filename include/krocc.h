@@ -195,6 +195,87 @@ KROAPI kroStatus kroiGammaInv_16u_P3R(const Kro16u* const srcPlanes[3], int srcS
 KROAPI kroStatus kroiGammaInv_16u_IP3R(Kro16u* const planes[3], int step, KroSize roi);
 
 /* ==== RGB and BGR to 4:2:0 ================================================================= */
+/* Interleaved RGB or BGR (C3; AC4 and C4 with a fourth byte that is never read) to 4:2:0: a
+ * luma sample per pixel, and one Cb and one Cr per 2x2 block computed from the block's summed
+ * samples. P3 destinations are three planes with a step each (YCrCb names: plane 1 is Cr, plane
+ * 2 Cb); P2 is a luma plane and a plane of Cb, Cr pairs. BT.601 studio range unless the name
+ * says 709CSC or 709HDTV (no luma offset, outputs held to 1..254); YUV names give U and V
+ * offset by 128. Within a row the first columns take a 16-bit vector form of the arithmetic and
+ * the rest a 32-bit form, which can differ by one; see docs/families.md.
+ * Only the even part of the region is converted: with an odd width or height the last column or
+ * row is left as it was and kroStatusOddSize (+35) is returned.
+ * Checks: kroStatusNullPointer, kroStatusBadSize (below 1 x 1, or 2 x 2 for the BGR YCbCr P3
+ * forms, the YCrCb forms and every 709 form). The plane pointers of the planar forms are
+ * tested after the size, except in the forms with a minimum of 2 x 2, which test them first.
+ * Step arrays are not tested. Forms without R take tightly packed images (steps 3W or W, W for
+ * Y, W / 2 for chroma). Also planar RGB (P3R, P3) to YUV 4:2:0. */
+
+KROAPI kroStatus kroiRGBToYCbCr420_8u_C3P3R(const Kro8u* src, int srcRowStep,
+                                            Kro8u* const dstPlanes[3], const int dstPlaneSteps[3],
+                                            KroSize roi);
+KROAPI kroStatus kroiRGBToYCbCr420_8u_C3P2R(const Kro8u* src, int srcRowStep, Kro8u* dstLuma,
+                                            int dstLumaStep, Kro8u* dstChroma, int dstChromaStep,
+                                            KroSize roi);
+KROAPI kroStatus kroiRGBToYCbCr420_8u_C4P2R(const Kro8u* src, int srcRowStep, Kro8u* dstLuma,
+                                            int dstLumaStep, Kro8u* dstChroma, int dstChromaStep,
+                                            KroSize roi);
+KROAPI kroStatus kroiBGRToYCbCr420_8u_C3P2R(const Kro8u* src, int srcRowStep, Kro8u* dstLuma,
+                                            int dstLumaStep, Kro8u* dstChroma, int dstChromaStep,
+                                            KroSize roi);
+KROAPI kroStatus kroiBGRToYCbCr420_8u_AC4P2R(const Kro8u* src, int srcRowStep, Kro8u* dstLuma,
+                                             int dstLumaStep, Kro8u* dstChroma, int dstChromaStep,
+                                             KroSize roi);
+KROAPI kroStatus kroiBGRToYCbCr420_8u_C3P3R(const Kro8u* src, int srcRowStep,
+                                            Kro8u* const dstPlanes[3], const int dstPlaneSteps[3],
+                                            KroSize roi);
+KROAPI kroStatus kroiBGRToYCbCr420_8u_AC4P3R(const Kro8u* src, int srcRowStep,
+                                             Kro8u* const dstPlanes[3], const int dstPlaneSteps[3],
+                                             KroSize roi);
+KROAPI kroStatus kroiBGRToYCrCb420_8u_C3P3R(const Kro8u* src, int srcRowStep,
+                                            Kro8u* const dstPlanes[3], const int dstPlaneSteps[3],
+                                            KroSize roi);
+KROAPI kroStatus kroiBGRToYCrCb420_8u_AC4P3R(const Kro8u* src, int srcRowStep,
+                                             Kro8u* const dstPlanes[3], const int dstPlaneSteps[3],
+                                             KroSize roi);
+KROAPI kroStatus kroiRGBToYCrCb420_8u_AC4P3R(const Kro8u* src, int srcRowStep,
+                                             Kro8u* const dstPlanes[3], const int dstPlaneSteps[3],
+                                             KroSize roi);
+KROAPI kroStatus kroiBGRToYCbCr420_709CSC_8u_C3P3R(const Kro8u* src, int srcRowStep,
+                                                   Kro8u* const dstPlanes[3],
+                                                   const int dstPlaneSteps[3], KroSize roi);
+KROAPI kroStatus kroiBGRToYCbCr420_709CSC_8u_AC4P3R(const Kro8u* src, int srcRowStep,
+                                                    Kro8u* const dstPlanes[3],
+                                                    const int dstPlaneSteps[3], KroSize roi);
+KROAPI kroStatus kroiBGRToYCbCr420_709CSC_8u_C3P2R(const Kro8u* src, int srcRowStep,
+                                                   Kro8u* dstLuma, int dstLumaStep,
+                                                   Kro8u* dstChroma, int dstChromaStep,
+                                                   KroSize roi);
+KROAPI kroStatus kroiBGRToYCbCr420_709CSC_8u_AC4P2R(const Kro8u* src, int srcRowStep,
+                                                    Kro8u* dstLuma, int dstLumaStep,
+                                                    Kro8u* dstChroma, int dstChromaStep,
+                                                    KroSize roi);
+KROAPI kroStatus kroiBGRToYCrCb420_709CSC_8u_C3P3R(const Kro8u* src, int srcRowStep,
+                                                   Kro8u* const dstPlanes[3],
+                                                   const int dstPlaneSteps[3], KroSize roi);
+KROAPI kroStatus kroiBGRToYCrCb420_709CSC_8u_AC4P3R(const Kro8u* src, int srcRowStep,
+                                                    Kro8u* const dstPlanes[3],
+                                                    const int dstPlaneSteps[3], KroSize roi);
+KROAPI kroStatus kroiBGRToYCbCr420_709HDTV_8u_AC4P3R(const Kro8u* src, int srcRowStep,
+                                                     Kro8u* const dstPlanes[3],
+                                                     const int dstPlaneSteps[3], KroSize roi);
+KROAPI kroStatus kroiRGBToYUV420_8u_C3P3R(const Kro8u* src, int srcRowStep,
+                                          Kro8u* const dstPlanes[3], const int dstPlaneSteps[3],
+                                          KroSize roi);
+KROAPI kroStatus kroiRGBToYUV420_8u_C3P3(const Kro8u* src, Kro8u* const dstPlanes[3], KroSize roi);
+KROAPI kroStatus kroiBGRToYUV420_8u_AC4P3R(const Kro8u* src, int srcRowStep,
+                                           Kro8u* const dstPlanes[3], const int dstPlaneSteps[3],
+                                           KroSize roi);
+/* Planar RGB source, the three source planes sharing srcRowStep. */
+KROAPI kroStatus kroiRGBToYUV420_8u_P3R(const Kro8u* const srcPlanes[3], int srcRowStep,
+                                        Kro8u* const dstPlanes[3], const int dstPlaneSteps[3],
+                                        KroSize roi);
+KROAPI kroStatus kroiRGBToYUV420_8u_P3(const Kro8u* const srcPlanes[3], Kro8u* const dstPlanes[3],
+                                       KroSize roi);
 
 /* ==== 4:2:0 to RGB and BGR ================================================================= */
 /* Planar (P3: Y, Cb, Cr planes, each with its own row step) or two-plane (P2: Y plane and one
