@@ -58,7 +58,7 @@ inline Px BlockC(int y, int cb, int cr) { return ycbcr::Inverse709(y, cb, cr); }
 // Luma enters unscaled (Y << 4, no offset); chroma products at 2^-16 of (C - 128) << 7.
 // 12616 = 1.540 * 2^13, 1499 = 0.183 * 2^13, 3760 = 0.459 * 2^13, 14877 = 1.816 * 2^13.
 inline Px BlockD(int y, int cb, int cr) {
-  const int16_t yy = I16(y << 4), u = I16((cb - 128) << 7), v = I16((cr - 128) << 7);
+  const int16_t yy = I16(y << 4), u = I16((cb - 128) * 128), v = I16((cr - 128) * 128);
   return {PackU8(Sra(AddS(Add(yy, HiS(v, 12616)), 8), 4)),
           PackU8(Sra(AddS(Sub(Sub(yy, HiS(u, 1499)), HiS(v, 3760)), 8), 4)),
           PackU8(Sra(AddS(Add(yy, HiS(u, 14877)), 8), 4))};
@@ -68,7 +68,7 @@ inline Px BlockD(int y, int cb, int cr) {
 // 9338 = 1.140 * 2^13, 3227 = 0.394 * 2^13, 4759 = 0.581 * 2^13, 16646 = 2.032 * 2^13.
 // G subtracts the saturated sum of its two products.
 inline Px BlockA(int y, int u, int v) {
-  const int16_t yy = I16(y << 4), uu = I16((u - 128) << 7), vv = I16((v - 128) << 7);
+  const int16_t yy = I16(y << 4), uu = I16((u - 128) * 128), vv = I16((v - 128) * 128);
   return {PackU8(Sra(AddS(Add(yy, HiS(vv, 9338)), 8), 4)),
           PackU8(Sra(AddS(Sub(yy, AddS(HiS(uu, 3227), HiS(vv, 4759))), 8), 4)),
           PackU8(Sra(AddS(Add(yy, HiS(uu, 16646)), 8), 4))};
