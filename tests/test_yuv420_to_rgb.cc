@@ -344,6 +344,28 @@ TEST_P(Yuv420ToRgb, StaysInsideBuffersThatEndAtAPage) {
   }
 }
 
+// Negative steps from the last rows walk the image upward: the same bytes as the plain call.
+TEST_P(Yuv420ToRgb, NegativeStepsWalkUpward) {
+  const Case& c = GetParam();
+  if (c.implied) GTEST_SKIP() << "no steps";
+  std::mt19937 rng(4);
+  Src420 s(Pairs(c.in), CrFirst(c.in), 37, 6, 5, 3);
+  s.Random(rng);
+  Dst plain(c.out == Out::kPlanes, Bytes(c.out), 37, 6, 4),
+      up(c.out == Out::kPlanes, Bytes(c.out), 37, 6, 4);
+  ASSERT_EQ(c.call(s, plain, {37, 6}), kroStatusOddSize);
+  for (std::size_t p = 0; p < s.planes.size(); ++p) {
+    s.ptrs[p] = s.planes[p]->row(s.planes[p]->height() - 1);
+    s.steps[p] = -s.steps[p];
+  }
+  for (std::size_t p = 0; p < up.planes.size(); ++p) up.ptrs[p] = up.planes[p]->row(5);
+  up.step = -up.step;
+  ASSERT_EQ(c.call(s, up, {37, 6}), kroStatusOddSize);
+  for (std::size_t p = 0; p < up.planes.size(); ++p) {
+    EXPECT_EQ(up.planes[p]->Region(), plain.planes[p]->Region());
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(Chroma420, Yuv420ToRgb, testing::ValuesIn(Cases()),
                          [](const auto& info) { return std::string(info.param.name); });
 

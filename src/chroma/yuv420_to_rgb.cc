@@ -209,16 +209,26 @@ void RowPairScalar(const uint8_t* y0, const uint8_t* y1, const uint8_t* cb, cons
 #if KRO_SIMD
 using color::Set16;
 
-template <const LaneSet& k>
+// The luma terms of pixels 0-7 (kHalf 0) or 8-15 (kHalf 1) of sixteen Y bytes.
+template <const LaneSet& k, int kHalf>
 inline __m128i LumaLanes(__m128i y) {
   if constexpr (k.luma == LumaIn::kOffset7) {
-    return _mm_mulhi_epi16(_mm_slli_epi16(_mm_sub_epi16(y, Set16(16)), 7), Set16(k.kY));
-  } else if constexpr (k.luma == LumaIn::kPlain7) {
-    return _mm_mulhi_epi16(_mm_slli_epi16(y, 7), Set16(k.kY));
-  } else if constexpr (k.luma == LumaIn::kTimes16) {
-    return _mm_slli_epi16(y, 4);
+    // (Y - 16) * 64 in one multiply-add of the byte pairs (Y, 16) by (64, -64); its high
+    // product with 2 kY is the high product of (Y - 16) << 7 with kY, the same 32-bit product.
+    const __m128i pairs =
+        kHalf ? _mm_unpackhi_epi8(y, _mm_set1_epi8(16)) : _mm_unpacklo_epi8(y, _mm_set1_epi8(16));
+    const __m128i centred = _mm_maddubs_epi16(pairs, Set16(0xC040));  // bytes 64, -64
+    return _mm_mulhi_epi16(centred, Set16(2 * k.kY));
   } else {
-    return _mm_add_epi16(y, y);
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i w = kHalf ? _mm_unpackhi_epi8(y, zero) : _mm_unpacklo_epi8(y, zero);
+    if constexpr (k.luma == LumaIn::kPlain7) {
+      return _mm_mulhi_epi16(_mm_slli_epi16(w, 7), Set16(k.kY));
+    } else if constexpr (k.luma == LumaIn::kTimes16) {
+      return _mm_slli_epi16(w, 4);
+    } else {
+      return _mm_add_epi16(w, w);
+    }
   }
 }
 
@@ -281,11 +291,45 @@ inline void LoadChroma(const uint8_t* cb, const uint8_t* cr, int i, __m128i& u, 
   }
 }
 
+// Byte shuffles that interleave sixteen 3-byte pixels from pairs of their first two components
+// (a) and from their third components (b): output piece q takes pairs of pixels
+// kPairFrom[q] on from its a-vector and third components of pixels 0..15 from b.
+struct Interleave3 {
+  alignas(16) int8_t a[3][16], b[3][16];
+};
+constexpr int kPairFrom[3] = {0, 5, 8};
+constexpr Interleave3 MakeInterleave3() {
+  Interleave3 m{};
+  for (int q = 0; q < 3; ++q)
+    for (int j = 0; j < 16; ++j) {
+      const int px = (16 * q + j) / 3, c = (16 * q + j) % 3;
+      m.a[q][j] = static_cast<int8_t>(c < 2 ? 2 * (px - kPairFrom[q]) + c : -128);
+      m.b[q][j] = static_cast<int8_t>(c == 2 ? px : -128);
+    }
+  return m;
+}
+inline constexpr Interleave3 kInterleave3 = MakeInterleave3();
+
+// Sixteen 3-byte pixels: the first two components are paired up (pixels 0-7 and 8-15, and by
+// an alignment of the two, 5-12), then each 16-byte piece is one shuffle of pairs and one of
+// third components.
+inline void Store3x16(uint8_t* p, __m128i first, __m128i second, __m128i third) {
+  const __m128i lo = _mm_unpacklo_epi8(first, second), hi = _mm_unpackhi_epi8(first, second);
+  const __m128i pairs[3] = {lo, _mm_alignr_epi8(hi, lo, 10), hi};
+  for (int q = 0; q < 3; ++q) {
+    const __m128i piece = _mm_or_si128(_mm_shuffle_epi8(pairs[q], color::Mask(kInterleave3.a[q])),
+                                       _mm_shuffle_epi8(third, color::Mask(kInterleave3.b[q])));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 16 * q), piece);
+  }
+}
+
 // kPixels packed pixels from component vectors; four-byte pixels take `alpha` as fourth byte.
 template <int kBytes, bool kBgr, int kPixels>
 inline void StorePixels(uint8_t* p, __m128i r, __m128i g, __m128i b, __m128i alpha) {
   const __m128i first = kBgr ? b : r, last = kBgr ? r : b;
-  if constexpr (kBytes == 3) {
+  if constexpr (kBytes == 3 && kPixels == 16) {
+    Store3x16(p, first, g, last);
+  } else if constexpr (kBytes == 3) {
     color::StorePacked<kPixels>(p, {first, g, last});
   } else {
     const auto store = [&](int at, __m128i fg, __m128i la) {
@@ -308,12 +352,10 @@ inline void BlockPair(const uint8_t* y0, const uint8_t* y1, const uint8_t* cb, c
                     _mm_unpacklo_epi16(t.b, t.b)};
   const Terms hi = {_mm_unpackhi_epi16(t.r, t.r), _mm_unpackhi_epi16(t.g, t.g),
                     _mm_unpackhi_epi16(t.b, t.b)};
-  const __m128i zero = _mm_setzero_si128();
   const auto row = [&](const uint8_t* yRow, uint8_t* d) {
     const __m128i y = kPixels == 16 ? _mm_loadu_si128(reinterpret_cast<const __m128i*>(yRow + x))
                                     : _mm_loadl_epi64(reinterpret_cast<const __m128i*>(yRow + x));
-    const __m128i yLo = LumaLanes<k>(_mm_unpacklo_epi8(y, zero));
-    const __m128i yHi = LumaLanes<k>(_mm_unpackhi_epi8(y, zero));
+    const __m128i yLo = LumaLanes<k, 0>(y), yHi = LumaLanes<k, 1>(y);
     StorePixels<kBytes, kBgr, kPixels>(d + kBytes * x, Component<k>(yLo, yHi, lo.r, hi.r),
                                        Component<k>(yLo, yHi, lo.g, hi.g),
                                        Component<k>(yLo, yHi, lo.b, hi.b), alpha);
