@@ -1,0 +1,342 @@
+// Gamma forward and inverse, 32f: the transfer curve computed on the fly over the caller's range
+// vMin..vMax, with the per-form arithmetic that the twelve exports keep.
+//
+// Per sample, with range = vMax - vMin and d = v - vMin:
+//   forward: x = d / range; x < 0.018 ? 4.5 d + vMin : (x^0.45 * 1.099 - 0.099) range + vMin
+//   inverse: x = d / range; t = (x + 0.099) / 1.099;
+//            x < 0.0812 ? d / 4.5 + vMin : t^(1/0.45) range + vMin
+// The forms differ on purpose, and each difference is kept:
+//   - the reciprocal of the range is single (forward C3, AC4R; inverse C3) or double (forward
+//     P3, AC4IR; inverse P3, AC4); with the double one, forward AC4IR compares the unrounded
+//     double product with the threshold while the power takes it rounded to single, and the
+//     double inverses form t in double from the product and round t once;
+//   - forward C3 and P3 raise x with the C runtime's double pow (exactly: PowRowAsRuntime), the
+//     others with the vector power routine (PowRow);
+//   - forward AC4R and AC4IR add vMin a second time on the curve branch;
+//   - inverse C3R, P3R and IP3R leave p unscaled by the range on the curve branch (C3IR and the
+//     AC4 forms scale it); with range 1 nobody can tell.
+// Rows go through strips of 128 pixels (384 samples) on the stack: the power inputs of a strip
+// are formed into the buffer, raised there in one call, and the results chosen afterwards.
+// The inverse C3 and planar forms run a row in three passes: d = v - vMin into the destination,
+// the strips in place on d (the results without vMin), then vMin added; both passes are plain
+// copies when vMin is 0 (so a -0 result keeps its sign there).
+#include <algorithm>
+#include <cstddef>
+
+#include "frame/checks.h"
+#include "frame/entry.h"
+#include "tone/gamma_pow.h"
+
+namespace kro::gamma {
+namespace {
+
+constexpr float kLinearEnd = 0.018f;      // forward: the linear branch below this x
+constexpr float kSlope = 4.5f;            // forward linear slope
+constexpr float kGain = 1.099f;           // curve gain
+constexpr float kLift = 0.099f;           // curve offset
+constexpr float kInvGain = 0.9099181f;    // 1 / 1.099
+constexpr float kInvSlope = 0.22222222f;  // 1 / 4.5
+constexpr float kCurveStart = 0.0812f;    // inverse: the linear branch below this x
+
+constexpr int kStrip = 384;  // samples per strip: 128 pixels of three colours
+
+struct Range {
+  float vMin, range, rcp;  // rcp = 1 / range in single precision
+  double rcpD;             // 1 / range in double precision
+};
+
+Range MakeRange(float vMin, float vMax) {
+  const float range = vMax - vMin;
+  return {vMin, range, 1.0f / range, 1.0 / static_cast<double>(range)};
+}
+
+enum class Recip { kSingle, kDouble };
+
+// ---- Per-sample arithmetic of each form ---------------------------------------------------
+// Input(v) is the power's argument for sample v; Output(v, p) the result given that power.
+
+// Forward. kCompareProduct: the branch test takes the unrounded double product (AC4IR).
+// kTwiceMin: the curve branch adds vMin twice (AC4R, AC4IR).
+template <Recip kRecip, bool kCompareProduct, bool kTwiceMin, bool kRuntimePow>
+struct Forward {
+  static constexpr bool kAsRuntime = kRuntimePow;
+  static const PowCurve& Curve() { return kGammaPowFwd; }
+  static float Input(float v, const Range& r) {
+    const float d = v - r.vMin;
+    if constexpr (kRecip == Recip::kSingle) {
+      return r.rcp * d;
+    } else {
+      return static_cast<float>(static_cast<double>(d) * r.rcpD);
+    }
+  }
+  static float Output(float v, float p, const Range& r) {
+    const float d = v - r.vMin;
+    bool linear;
+    if constexpr (kRecip == Recip::kSingle) {
+      linear = kLinearEnd > r.rcp * d;
+    } else {
+      const double x = static_cast<double>(d) * r.rcpD;
+      linear = kCompareProduct ? static_cast<double>(kLinearEnd) > x
+                               : kLinearEnd > static_cast<float>(x);
+    }
+    if (linear) return kSlope * d + r.vMin;
+    float result = (p * kGain - kLift) * r.range + r.vMin;
+    if constexpr (kTwiceMin) result = result + r.vMin;
+    return result;
+  }
+};
+
+// t in single precision from the single product, or in double from the double product.
+template <Recip kRecip>
+struct InverseBase {
+  static constexpr bool kAsRuntime = false;
+  static const PowCurve& Curve() { return kGammaPowInv; }
+  static float T(float d, const Range& r) {
+    if constexpr (kRecip == Recip::kSingle) {
+      const float x = d * r.rcp;
+      return (x + kLift) * kInvGain;
+    } else {
+      const double x = static_cast<double>(d) * r.rcpD;
+      return static_cast<float>((x + static_cast<double>(kLift)) * static_cast<double>(kInvGain));
+    }
+  }
+  static bool Linear(float d, const Range& r) {
+    if constexpr (kRecip == Recip::kSingle) {
+      return d * r.rcp < kCurveStart;
+    } else {
+      return static_cast<double>(d) * r.rcpD < static_cast<double>(kCurveStart);
+    }
+  }
+};
+
+// Inverse AC4R, AC4IR: one pass, double reciprocal, p scaled by the range.
+struct InverseAlpha : InverseBase<Recip::kDouble> {
+  static float Input(float v, const Range& r) { return T(v - r.vMin, r); }
+  static float Output(float v, float p, const Range& r) {
+    const float d = v - r.vMin;
+    return Linear(d, r) ? d * kInvSlope + r.vMin : p * r.range + r.vMin;
+  }
+};
+
+// Inverse C3 and planar, middle pass: the row holds d already and vMin comes after.
+template <Recip kRecip, bool kTimesRange>
+struct InverseRow : InverseBase<kRecip> {
+  using Base = InverseBase<kRecip>;
+  static float Input(float d, const Range& r) { return Base::T(d, r); }
+  static float Output(float d, float p, const Range& r) {
+    if (Base::Linear(d, r)) return d * kInvSlope;
+    return kTimesRange ? p * r.range : p;
+  }
+};
+
+// ---- Rows ---------------------------------------------------------------------------------
+
+template <class Form>
+void Raise(float* buf, int n) {
+  if constexpr (Form::kAsRuntime) {
+    PowRowAsRuntime(buf, Form::Curve(), buf, n);
+  } else {
+    PowRow(buf, Form::Curve(), buf, n);
+  }
+}
+
+// n contiguous samples (a C3 row or a plane row), in strips of kStrip.
+template <class Form>
+void StripRun(const float* src, float* dst, int n, const Range& r) {
+  float buf[kStrip];
+  for (int s = 0; s < n; s += kStrip) {
+    const int m = std::min(kStrip, n - s);
+    const float* in = src + s;
+    float* out = dst + s;
+    for (int i = 0; i < m; ++i) buf[i] = Form::Input(in[i], r);
+    Raise<Form>(buf, m);
+    for (int i = 0; i < m; ++i) out[i] = Form::Output(in[i], buf[i], r);
+  }
+}
+
+// An AC4 row: strips of 128 pixels, their 384 colour samples packed into the buffer; the alpha
+// sample is neither read nor written.
+template <class Form>
+void StripRunAlpha(const float* src, float* dst, int width, const Range& r) {
+  float buf[kStrip];
+  for (int s = 0; s < width; s += kStrip / 3) {
+    const int m = std::min(kStrip / 3, width - s);
+    const float* in = src + 4 * static_cast<std::ptrdiff_t>(s);
+    float* out = dst + 4 * static_cast<std::ptrdiff_t>(s);
+    for (int i = 0; i < m; ++i)
+      for (int c = 0; c < 3; ++c) buf[3 * i + c] = Form::Input(in[4 * i + c], r);
+    Raise<Form>(buf, 3 * m);
+    for (int i = 0; i < m; ++i)
+      for (int c = 0; c < 3; ++c) out[4 * i + c] = Form::Output(in[4 * i + c], buf[3 * i + c], r);
+  }
+}
+
+// The inverse C3/planar row: d into the destination, strips on d in place, vMin added. With
+// vMin exactly 0 the first pass is a copy (nothing to do in place) and the last one does nothing.
+template <class Form>
+void ThreePassRun(const float* src, float* dst, int n, const Range& r) {
+  const bool zeroMin = r.vMin == 0.0f;
+  if (!zeroMin) {
+    for (int i = 0; i < n; ++i) dst[i] = src[i] - r.vMin;
+  } else if (src != dst) {
+    std::copy(src, src + n, dst);
+  }
+  StripRun<Form>(dst, dst, n, r);
+  if (!zeroMin) {
+    for (int i = 0; i < n; ++i) dst[i] = dst[i] + r.vMin;
+  }
+}
+
+// ---- Image loops --------------------------------------------------------------------------
+
+enum class Shape { kPacked3, kAlpha4, kPlane };
+
+template <class Form, bool kThreePass, Shape kShape>
+void RunRow(const float* src, float* dst, int width, const Range& r) {
+  if constexpr (kShape == Shape::kAlpha4) {
+    StripRunAlpha<Form>(src, dst, width, r);
+  } else {
+    const int n = kShape == Shape::kPacked3 ? 3 * width : width;
+    if constexpr (kThreePass) {
+      ThreePassRun<Form>(src, dst, n, r);
+    } else {
+      StripRun<Form>(src, dst, n, r);
+    }
+  }
+}
+
+// Byte steps become element steps by an arithmetic shift at this border.
+std::ptrdiff_t Elements(int stepBytes) { return static_cast<std::ptrdiff_t>(stepBytes >> 2); }
+
+template <class Form, bool kThreePass, Shape kShape>
+void RunImage(const float* src, int srcStep, float* dst, int dstStep, KroSize roi, const Range& r) {
+  const std::ptrdiff_t ss = Elements(srcStep), ds = Elements(dstStep);
+  for (int y = 0; y < roi.height; ++y)
+    RunRow<Form, kThreePass, kShape>(src + y * ss, dst + y * ds, roi.width, r);
+}
+
+kroStatus CheckRange(float vMin, float vMax) {
+  return 0.0f >= vMax - vMin ? kroStatusBadGammaRange : kroStatusOk;
+}
+
+// ---- Wrappers' bodies: range, null pointers (with plane pointers), size, steps ----------------
+
+template <class Form, bool kThreePass, Shape kShape>
+kroStatus Packed(const float* src, int srcStep, float* dst, int dstStep, KroSize roi, float vMin,
+                 float vMax) {
+  KRO_CHECK(CheckRange(vMin, vMax));
+  KRO_CHECK(CheckNull(src, dst));
+  KRO_CHECK(CheckSize(roi));
+  KRO_CHECK(CheckStep(srcStep, dstStep));
+  RunImage<Form, kThreePass, kShape>(src, srcStep, dst, dstStep, roi, MakeRange(vMin, vMax));
+  return kroStatusOk;
+}
+
+template <class Form, bool kThreePass, Shape kShape>
+kroStatus PackedInPlace(float* image, int step, KroSize roi, float vMin, float vMax) {
+  KRO_CHECK(CheckRange(vMin, vMax));
+  KRO_CHECK(CheckNull(image));
+  KRO_CHECK(CheckSize(roi));
+  KRO_CHECK(CheckStep(step));
+  RunImage<Form, kThreePass, kShape>(image, step, image, step, roi, MakeRange(vMin, vMax));
+  return kroStatusOk;
+}
+
+template <class Form, bool kThreePass>
+void RunPlanes(const float* const src[3], int srcStep, float* const dst[3], int dstStep,
+               KroSize roi, float vMin, float vMax) {
+  const Range r = MakeRange(vMin, vMax);
+  const std::ptrdiff_t ss = Elements(srcStep), ds = Elements(dstStep);
+  for (int y = 0; y < roi.height; ++y)
+    for (int p = 0; p < 3; ++p)
+      RunRow<Form, kThreePass, Shape::kPlane>(src[p] + y * ss, dst[p] + y * ds, roi.width, r);
+}
+
+template <class Form, bool kThreePass>
+kroStatus Planes(const float* const src[3], int srcStep, float* const dst[3], int dstStep,
+                 KroSize roi, float vMin, float vMax) {
+  KRO_CHECK(CheckRange(vMin, vMax));
+  KRO_CHECK(CheckNull(src, dst));
+  KRO_CHECK(CheckPlanes(src, 3));
+  KRO_CHECK(CheckPlanes(dst, 3));
+  KRO_CHECK(CheckSize(roi));
+  KRO_CHECK(CheckStep(srcStep, dstStep));
+  RunPlanes<Form, kThreePass>(src, srcStep, dst, dstStep, roi, vMin, vMax);
+  return kroStatusOk;
+}
+
+template <class Form, bool kThreePass>
+kroStatus PlanesInPlace(float* const planes[3], int step, KroSize roi, float vMin, float vMax) {
+  KRO_CHECK(CheckRange(vMin, vMax));
+  KRO_CHECK(CheckNull(planes));
+  KRO_CHECK(CheckPlanes(planes, 3));
+  KRO_CHECK(CheckSize(roi));
+  KRO_CHECK(CheckStep(step));
+  RunPlanes<Form, kThreePass>(planes, step, planes, step, roi, vMin, vMax);
+  return kroStatusOk;
+}
+
+// The forms of the twelve exports.
+using FwdC3 = Forward<Recip::kSingle, false, false, true>;
+using FwdP3 = Forward<Recip::kDouble, false, false, true>;
+using FwdAC4R = Forward<Recip::kSingle, false, true, false>;
+using FwdAC4IR = Forward<Recip::kDouble, true, true, false>;
+using InvC3R = InverseRow<Recip::kSingle, false>;
+using InvC3IR = InverseRow<Recip::kSingle, true>;
+using InvP3 = InverseRow<Recip::kDouble, false>;
+
+}  // namespace
+}  // namespace kro::gamma
+
+namespace kro::wrap {
+
+using gamma::Shape;
+
+kroStatus kroiGammaFwd_32f_C3R(const Kro32f* s, int ss, Kro32f* d, int ds, KroSize roi, Kro32f vMin,
+                               Kro32f vMax) {
+  return gamma::Packed<gamma::FwdC3, false, Shape::kPacked3>(s, ss, d, ds, roi, vMin, vMax);
+}
+kroStatus kroiGammaFwd_32f_C3IR(Kro32f* img, int step, KroSize roi, Kro32f vMin, Kro32f vMax) {
+  return gamma::PackedInPlace<gamma::FwdC3, false, Shape::kPacked3>(img, step, roi, vMin, vMax);
+}
+kroStatus kroiGammaFwd_32f_AC4R(const Kro32f* s, int ss, Kro32f* d, int ds, KroSize roi,
+                                Kro32f vMin, Kro32f vMax) {
+  return gamma::Packed<gamma::FwdAC4R, false, Shape::kAlpha4>(s, ss, d, ds, roi, vMin, vMax);
+}
+kroStatus kroiGammaFwd_32f_AC4IR(Kro32f* img, int step, KroSize roi, Kro32f vMin, Kro32f vMax) {
+  return gamma::PackedInPlace<gamma::FwdAC4IR, false, Shape::kAlpha4>(img, step, roi, vMin, vMax);
+}
+kroStatus kroiGammaFwd_32f_P3R(const Kro32f* const s[3], int ss, Kro32f* const d[3], int ds,
+                               KroSize roi, Kro32f vMin, Kro32f vMax) {
+  return gamma::Planes<gamma::FwdP3, false>(s, ss, d, ds, roi, vMin, vMax);
+}
+kroStatus kroiGammaFwd_32f_IP3R(Kro32f* const planes[3], int step, KroSize roi, Kro32f vMin,
+                                Kro32f vMax) {
+  return gamma::PlanesInPlace<gamma::FwdP3, false>(planes, step, roi, vMin, vMax);
+}
+
+kroStatus kroiGammaInv_32f_C3R(const Kro32f* s, int ss, Kro32f* d, int ds, KroSize roi, Kro32f vMin,
+                               Kro32f vMax) {
+  return gamma::Packed<gamma::InvC3R, true, Shape::kPacked3>(s, ss, d, ds, roi, vMin, vMax);
+}
+kroStatus kroiGammaInv_32f_C3IR(Kro32f* img, int step, KroSize roi, Kro32f vMin, Kro32f vMax) {
+  return gamma::PackedInPlace<gamma::InvC3IR, true, Shape::kPacked3>(img, step, roi, vMin, vMax);
+}
+kroStatus kroiGammaInv_32f_AC4R(const Kro32f* s, int ss, Kro32f* d, int ds, KroSize roi,
+                                Kro32f vMin, Kro32f vMax) {
+  return gamma::Packed<gamma::InverseAlpha, false, Shape::kAlpha4>(s, ss, d, ds, roi, vMin, vMax);
+}
+kroStatus kroiGammaInv_32f_AC4IR(Kro32f* img, int step, KroSize roi, Kro32f vMin, Kro32f vMax) {
+  return gamma::PackedInPlace<gamma::InverseAlpha, false, Shape::kAlpha4>(img, step, roi, vMin,
+                                                                          vMax);
+}
+kroStatus kroiGammaInv_32f_P3R(const Kro32f* const s[3], int ss, Kro32f* const d[3], int ds,
+                               KroSize roi, Kro32f vMin, Kro32f vMax) {
+  return gamma::Planes<gamma::InvP3, true>(s, ss, d, ds, roi, vMin, vMax);
+}
+kroStatus kroiGammaInv_32f_IP3R(Kro32f* const planes[3], int step, KroSize roi, Kro32f vMin,
+                                Kro32f vMax) {
+  return gamma::PlanesInPlace<gamma::InvP3, true>(planes, step, roi, vMin, vMax);
+}
+
+}  // namespace kro::wrap
