@@ -25,6 +25,7 @@
 
 #include "frame/checks.h"
 #include "frame/entry.h"
+#include "frame/simd.h"
 #include "tone/gamma_pow.h"
 
 namespace kro::gamma {
@@ -52,8 +53,72 @@ Range MakeRange(float vMin, float vMax) {
 
 enum class Recip { kSingle, kDouble };
 
+// ---- Lanes ----------------------------------------------------------------------------------
+// The forms' arithmetic is written once over a lane type: Lane1 (one float; the tails of the
+// strips, and every sample in the portable build) or Lane4 (four floats in an SSE register).
+// F is a float lane, D the same lanes widened to double, M a comparison mask. Both run the same
+// IEEE operations in the same order, so a sample's result does not depend on its lane.
+
+struct Lane1 {
+  using F = float;
+  using D = double;
+  using M = bool;
+  static F Load(const float* p) { return *p; }
+  static void Store(float* p, F v) { *p = v; }
+  static D Widen(F v) { return static_cast<double>(v); }
+  static F Round(D v) { return static_cast<float>(v); }
+  static M Less(F a, F b) { return a < b; }
+  static M Less(D a, D b) { return a < b; }
+  static F Select(M m, F a, F b) { return m ? a : b; }
+};
+
+#if KRO_SIMD
+struct F4 {
+  __m128 v;
+  F4(__m128 x) : v(x) {}
+  F4(float x) : v(_mm_set1_ps(x)) {}
+};
+inline F4 operator+(F4 a, F4 b) { return _mm_add_ps(a.v, b.v); }
+inline F4 operator-(F4 a, F4 b) { return _mm_sub_ps(a.v, b.v); }
+inline F4 operator*(F4 a, F4 b) { return _mm_mul_ps(a.v, b.v); }
+
+struct D4 {  // lanes 0-1 and 2-3
+  __m128d lo, hi;
+  D4(__m128d a, __m128d b) : lo(a), hi(b) {}
+  D4(double x) : lo(_mm_set1_pd(x)), hi(lo) {}
+};
+inline D4 operator+(D4 a, D4 b) { return {_mm_add_pd(a.lo, b.lo), _mm_add_pd(a.hi, b.hi)}; }
+inline D4 operator*(D4 a, D4 b) { return {_mm_mul_pd(a.lo, b.lo), _mm_mul_pd(a.hi, b.hi)}; }
+
+struct Lane4 {
+  using F = F4;
+  using D = D4;
+  using M = __m128;
+  static F Load(const float* p) { return _mm_loadu_ps(p); }
+  static void Store(float* p, F v) { _mm_storeu_ps(p, v.v); }
+  // The three colour samples of a pixel (the fourth lane is zero).
+  static F Load3(const float* p) {
+    return _mm_movelh_ps(_mm_loadl_pi(_mm_setzero_ps(), reinterpret_cast<const __m64*>(p)),
+                         _mm_load_ss(p + 2));
+  }
+  static void Store3(float* p, F v) {
+    _mm_storel_pi(reinterpret_cast<__m64*>(p), v.v);
+    _mm_store_ss(p + 2, _mm_movehl_ps(v.v, v.v));
+  }
+  static D Widen(F v) { return {_mm_cvtps_pd(v.v), _mm_cvtps_pd(_mm_movehl_ps(v.v, v.v))}; }
+  static F Round(D v) { return _mm_movelh_ps(_mm_cvtpd_ps(v.lo), _mm_cvtpd_ps(v.hi)); }
+  static M Less(F a, F b) { return _mm_cmplt_ps(a.v, b.v); }
+  static M Less(D a, D b) {
+    return _mm_shuffle_ps(_mm_castpd_ps(_mm_cmplt_pd(a.lo, b.lo)),
+                          _mm_castpd_ps(_mm_cmplt_pd(a.hi, b.hi)), _MM_SHUFFLE(2, 0, 2, 0));
+  }
+  static F Select(M m, F a, F b) { return _mm_or_ps(_mm_and_ps(m, a.v), _mm_andnot_ps(m, b.v)); }
+};
+#endif
+
 // ---- Per-sample arithmetic of each form ---------------------------------------------------
 // Input(v) is the power's argument for sample v; Output(v, p) the result given that power.
+// Both branches are computed and one is selected.
 
 // Forward. kCompareProduct: the branch test takes the unrounded double product (AC4IR).
 // kTwiceMin: the curve branch adds vMin twice (AC4R, AC4IR).
@@ -61,60 +126,74 @@ template <Recip kRecip, bool kCompareProduct, bool kTwiceMin, bool kRuntimePow>
 struct Forward {
   static constexpr bool kAsRuntime = kRuntimePow;
   static const PowCurve& Curve() { return kGammaPowFwd; }
-  static float Input(float v, const Range& r) {
-    const float d = v - r.vMin;
+  template <class L>
+  static typename L::F Input(typename L::F v, const Range& r) {
+    const typename L::F d = v - r.vMin;
     if constexpr (kRecip == Recip::kSingle) {
       return r.rcp * d;
     } else {
-      return static_cast<float>(static_cast<double>(d) * r.rcpD);
+      return L::Round(L::Widen(d) * r.rcpD);
     }
   }
-  static float Output(float v, float p, const Range& r) {
-    const float d = v - r.vMin;
-    bool linear;
+  template <class L>
+  static typename L::F Output(typename L::F v, typename L::F p, const Range& r) {
+    using F = typename L::F;
+    const F d = v - r.vMin;
+    typename L::M linear;
     if constexpr (kRecip == Recip::kSingle) {
-      linear = kLinearEnd > r.rcp * d;
+      linear = L::Less(r.rcp * d, kLinearEnd);
     } else {
-      const double x = static_cast<double>(d) * r.rcpD;
-      linear = kCompareProduct ? static_cast<double>(kLinearEnd) > x
-                               : kLinearEnd > static_cast<float>(x);
+      const typename L::D x = L::Widen(d) * r.rcpD;
+      if constexpr (kCompareProduct) {
+        linear = L::Less(x, static_cast<double>(kLinearEnd));
+      } else {
+        linear = L::Less(L::Round(x), kLinearEnd);
+      }
     }
-    if (linear) return kSlope * d + r.vMin;
-    float result = (p * kGain - kLift) * r.range + r.vMin;
-    if constexpr (kTwiceMin) result = result + r.vMin;
-    return result;
+    const F straight = kSlope * d + r.vMin;
+    F curve = (p * kGain - kLift) * r.range + r.vMin;
+    if constexpr (kTwiceMin) curve = curve + r.vMin;
+    return L::Select(linear, straight, curve);
   }
 };
 
-// t in single precision from the single product, or in double from the double product.
+// t in single precision from the single product, or in double from the double product; the
+// branch test on the same product.
 template <Recip kRecip>
 struct InverseBase {
   static constexpr bool kAsRuntime = false;
   static const PowCurve& Curve() { return kGammaPowInv; }
-  static float T(float d, const Range& r) {
+  template <class L>
+  static typename L::F T(typename L::F d, const Range& r) {
     if constexpr (kRecip == Recip::kSingle) {
-      const float x = d * r.rcp;
+      const typename L::F x = d * r.rcp;
       return (x + kLift) * kInvGain;
     } else {
-      const double x = static_cast<double>(d) * r.rcpD;
-      return static_cast<float>((x + static_cast<double>(kLift)) * static_cast<double>(kInvGain));
+      const typename L::D x = L::Widen(d) * r.rcpD;
+      return L::Round((x + static_cast<double>(kLift)) * static_cast<double>(kInvGain));
     }
   }
-  static bool Linear(float d, const Range& r) {
+  template <class L>
+  static typename L::M Linear(typename L::F d, const Range& r) {
     if constexpr (kRecip == Recip::kSingle) {
-      return d * r.rcp < kCurveStart;
+      return L::Less(d * r.rcp, kCurveStart);
     } else {
-      return static_cast<double>(d) * r.rcpD < static_cast<double>(kCurveStart);
+      return L::Less(L::Widen(d) * r.rcpD, static_cast<double>(kCurveStart));
     }
   }
 };
 
 // Inverse AC4R, AC4IR: one pass, double reciprocal, p scaled by the range.
 struct InverseAlpha : InverseBase<Recip::kDouble> {
-  static float Input(float v, const Range& r) { return T(v - r.vMin, r); }
-  static float Output(float v, float p, const Range& r) {
-    const float d = v - r.vMin;
-    return Linear(d, r) ? d * kInvSlope + r.vMin : p * r.range + r.vMin;
+  template <class L>
+  static typename L::F Input(typename L::F v, const Range& r) {
+    return T<L>(v - r.vMin, r);
+  }
+  template <class L>
+  static typename L::F Output(typename L::F v, typename L::F p, const Range& r) {
+    const typename L::F d = v - r.vMin;
+    const typename L::F straight = d * kInvSlope + r.vMin, curve = p * r.range + r.vMin;
+    return L::Select(Linear<L>(d, r), straight, curve);
   }
 };
 
@@ -122,10 +201,16 @@ struct InverseAlpha : InverseBase<Recip::kDouble> {
 template <Recip kRecip, bool kTimesRange>
 struct InverseRow : InverseBase<kRecip> {
   using Base = InverseBase<kRecip>;
-  static float Input(float d, const Range& r) { return Base::T(d, r); }
-  static float Output(float d, float p, const Range& r) {
-    if (Base::Linear(d, r)) return d * kInvSlope;
-    return kTimesRange ? p * r.range : p;
+  template <class L>
+  static typename L::F Input(typename L::F d, const Range& r) {
+    return Base::template T<L>(d, r);
+  }
+  template <class L>
+  static typename L::F Output(typename L::F d, typename L::F p, const Range& r) {
+    const typename L::F straight = d * kInvSlope;
+    typename L::F curve = p;
+    if constexpr (kTimesRange) curve = p * r.range;
+    return L::Select(Base::template Linear<L>(d, r), straight, curve);
   }
 };
 
@@ -140,34 +225,62 @@ void Raise(float* buf, int n) {
   }
 }
 
-// n contiguous samples (a C3 row or a plane row), in strips of kStrip.
+// n contiguous samples (a C3 row or a plane row), in strips of kStrip: the power's inputs into
+// the stack buffer, the power over it, the results chosen from it.
 template <class Form>
-void StripRun(const float* src, float* dst, int n, const Range& r) {
+void StripRun(const float* src, float* dst, int n, const Range range) {
+  const Range r = range;  // a local copy: stores to dst cannot alias it
   float buf[kStrip];
   for (int s = 0; s < n; s += kStrip) {
     const int m = std::min(kStrip, n - s);
     const float* in = src + s;
     float* out = dst + s;
-    for (int i = 0; i < m; ++i) buf[i] = Form::Input(in[i], r);
+    int i = 0;
+#if KRO_SIMD
+    for (; i + 4 <= m; i += 4)
+      Lane4::Store(buf + i, Form::template Input<Lane4>(Lane4::Load(in + i), r));
+#endif
+    for (; i < m; ++i) buf[i] = Form::template Input<Lane1>(in[i], r);
     Raise<Form>(buf, m);
-    for (int i = 0; i < m; ++i) out[i] = Form::Output(in[i], buf[i], r);
+    i = 0;
+#if KRO_SIMD
+    for (; i + 4 <= m; i += 4)
+      Lane4::Store(out + i,
+                   Form::template Output<Lane4>(Lane4::Load(in + i), Lane4::Load(buf + i), r));
+#endif
+    for (; i < m; ++i) out[i] = Form::template Output<Lane1>(in[i], buf[i], r);
   }
 }
 
 // An AC4 row: strips of 128 pixels, their 384 colour samples packed into the buffer; the alpha
-// sample is neither read nor written.
+// sample is neither read nor written. Four-lane rounds take one pixel; the fourth lane's value
+// lands on the next pixel's first slot (or the buffer's spare slot) and is overwritten or unused.
 template <class Form>
-void StripRunAlpha(const float* src, float* dst, int width, const Range& r) {
-  float buf[kStrip];
+void StripRunAlpha(const float* src, float* dst, int width, const Range range) {
+  const Range r = range;
+  float buf[kStrip + 1];
   for (int s = 0; s < width; s += kStrip / 3) {
     const int m = std::min(kStrip / 3, width - s);
     const float* in = src + 4 * static_cast<std::ptrdiff_t>(s);
     float* out = dst + 4 * static_cast<std::ptrdiff_t>(s);
+#if KRO_SIMD
     for (int i = 0; i < m; ++i)
-      for (int c = 0; c < 3; ++c) buf[3 * i + c] = Form::Input(in[4 * i + c], r);
+      Lane4::Store(buf + 3 * i, Form::template Input<Lane4>(Lane4::Load3(in + 4 * i), r));
+#else
+    for (int i = 0; i < m; ++i)
+      for (int c = 0; c < 3; ++c) buf[3 * i + c] = Form::template Input<Lane1>(in[4 * i + c], r);
+#endif
     Raise<Form>(buf, 3 * m);
+#if KRO_SIMD
+    buf[3 * m] = 0.0f;
     for (int i = 0; i < m; ++i)
-      for (int c = 0; c < 3; ++c) out[4 * i + c] = Form::Output(in[4 * i + c], buf[3 * i + c], r);
+      Lane4::Store3(out + 4 * i, Form::template Output<Lane4>(Lane4::Load3(in + 4 * i),
+                                                              Lane4::Load(buf + 3 * i), r));
+#else
+    for (int i = 0; i < m; ++i)
+      for (int c = 0; c < 3; ++c)
+        out[4 * i + c] = Form::template Output<Lane1>(in[4 * i + c], buf[3 * i + c], r);
+#endif
   }
 }
 
