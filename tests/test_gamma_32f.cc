@@ -49,24 +49,27 @@ TEST(GammaPow, ExponentsAreTheCurves) {
 }
 
 // Every 193rd float from 0 to infinity: PowRow is within one unit of the runtime's result and
-// equal to it almost everywhere; PowRowAsRuntime is equal everywhere.
+// equal to it almost everywhere; PowRowAsRuntime (for exponents up to 1) is equal everywhere.
 void Sweep(const PowCurve& curve, uint32_t stride) {
-  std::vector<float> in, approx, exact;
-  for (uint64_t b = 0; b <= 0x7F800000u; b += stride) in.push_back(FromBits(uint32_t(b)));
-  approx.resize(in.size());
-  exact.resize(in.size());
-  gamma::PowRow(in.data(), curve, approx.data(), int(in.size()));
-  gamma::PowRowAsRuntime(in.data(), curve, exact.data(), int(in.size()));
-  std::size_t equal = 0;
-  for (std::size_t i = 0; i < in.size(); ++i) {
-    const float want = RuntimePow(in[i], curve.exponent);
-    ASSERT_EQ(Bits(exact[i]), Bits(want)) << std::hexfloat << in[i];
-    ASSERT_LE(Ulps(approx[i], want), 1) << std::hexfloat << in[i];
-    equal += Bits(approx[i]) == Bits(want);
+  std::vector<float> in, approx(1 << 20), exact(1 << 20);
+  std::size_t total = 0, equal = 0;
+  for (uint64_t b = 0; b <= 0x7F800000u;) {
+    in.clear();
+    for (; b <= 0x7F800000u && in.size() < approx.size(); b += stride)
+      in.push_back(FromBits(uint32_t(b)));
+    gamma::PowRow(in.data(), curve, approx.data(), int(in.size()));
+    gamma::PowRowAsRuntime(in.data(), curve, exact.data(), int(in.size()));
+    for (std::size_t i = 0; i < in.size(); ++i) {
+      const float want = RuntimePow(in[i], curve.exponent);
+      if (curve.exponent <= 1.0f) ASSERT_EQ(Bits(exact[i]), Bits(want)) << std::hexfloat << in[i];
+      ASSERT_LE(Ulps(approx[i], want), 1) << std::hexfloat << in[i];
+      equal += Bits(approx[i]) == Bits(want);
+    }
+    total += in.size();
   }
-  const double fraction = double(equal) / double(in.size());
-  std::cout << "  y = " << curve.exponent << ": " << in.size() << " inputs, PowRow differs from "
-            << "the runtime's pow on " << in.size() - equal << " (equal: " << std::setprecision(9)
+  const double fraction = double(equal) / double(total);
+  std::cout << "  y = " << curve.exponent << ": " << total << " inputs, PowRow differs from "
+            << "the runtime's pow on " << total - equal << " (equal: " << std::setprecision(9)
             << fraction << ")\n";
   EXPECT_GT(fraction, 0.99999);
 }

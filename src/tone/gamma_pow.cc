@@ -10,10 +10,14 @@
 namespace kro::gamma {
 namespace {
 
-// The approximation is within 2^-39 of x^y and the runtime's double pow within 2^-52: when
-// a * (1 - 2^-38) and a * (1 + 2^-38) round to the same float, so does the runtime's result.
-constexpr double kBelow = 1.0 - 0x1p-38;
-constexpr double kAbove = 1.0 + 0x1p-38;
+// The approximation a is within 2^-39 of x^y and the runtime's double pow within 2^-52, that is
+// within 2^14 units of a's last place of each other. Unless the 29 bits of a below single
+// precision lie within kNear = 2^16 units of the midpoint between two floats, both round to the
+// same float. (For exponents in (0, 1] every result of an ordinary input is a normal float, so
+// those 29 bits are exactly what the rounding drops.) About one input in 4000 is that near.
+constexpr uint32_t kTailBits = 0x1FFFFFFF;
+constexpr uint32_t kMidpoint = 0x10000000;
+constexpr uint32_t kNear = 1u << 16;
 
 template <class To, class From>
 To BitCast(From from) {
@@ -97,12 +101,14 @@ void PowRowSse2(const float* src, const PowCurve& curve, float* dst, int count) 
                                   _mm_movelh_ps(_mm_cvtpd_ps(a[0]), _mm_cvtpd_ps(a[1])));
     int redo = _mm_movemask_ps(_mm_castsi128_ps(_mm_or_si128(ordinary, zero))) ^ 15;
     if constexpr (kAsRuntime) {
-      const __m128d below = _mm_set1_pd(kBelow), above = _mm_set1_pd(kAbove);
-      const __m128 lo = _mm_movelh_ps(_mm_cvtpd_ps(_mm_mul_pd(a[0], below)),
-                                      _mm_cvtpd_ps(_mm_mul_pd(a[1], below)));
-      const __m128 hi = _mm_movelh_ps(_mm_cvtpd_ps(_mm_mul_pd(a[0], above)),
-                                      _mm_cvtpd_ps(_mm_mul_pd(a[1], above)));
-      redo |= _mm_movemask_ps(_mm_and_ps(_mm_cmpneq_ps(lo, hi), _mm_castsi128_ps(ordinary)));
+      // The low words of the four doubles, their tails within kNear of the midpoint.
+      const __m128i low = _mm_castps_si128(
+          _mm_shuffle_ps(_mm_castpd_ps(a[0]), _mm_castpd_ps(a[1]), _MM_SHUFFLE(2, 0, 2, 0)));
+      const __m128i v = _mm_sub_epi32(_mm_and_si128(low, _mm_set1_epi32(kTailBits)),
+                                      _mm_set1_epi32(kMidpoint - kNear));
+      const __m128i near = _mm_and_si128(_mm_cmpgt_epi32(v, _mm_set1_epi32(-1)),
+                                         _mm_cmplt_epi32(v, _mm_set1_epi32(2 * kNear)));
+      redo |= _mm_movemask_ps(_mm_castsi128_ps(_mm_and_si128(near, ordinary)));
     }
     if (redo != 0) {  // rare: keep the inputs, which an in-place call is about to overwrite
       float xs[4], rs[4];
@@ -130,7 +136,8 @@ float PowScalarAsRuntime(float x, const PowCurve& curve) {
   const uint32_t bits = BitCast<uint32_t>(x);
   if (!Ordinary(bits)) return Unusual(x, curve);
   const double a = Approximate(bits, curve);
-  if (static_cast<float>(a * kBelow) != static_cast<float>(a * kAbove)) return Runtime(x, curve);
+  const uint32_t tail = static_cast<uint32_t>(BitCast<uint64_t>(a)) & kTailBits;
+  if (tail - (kMidpoint - kNear) < 2 * kNear) return Runtime(x, curve);
   return static_cast<float>(a);
 }
 
