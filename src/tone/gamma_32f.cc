@@ -403,53 +403,40 @@ using InvP3 = InverseRow<Recip::kDouble, false>;
 
 namespace kro::wrap {
 
-using gamma::Shape;
+// The six layouts of one direction: the form of each (C3R, C3IR, AC4R, AC4IR, planar), and
+// whether the C3 and planar rows run in three passes.
+#define KRO_GAMMA32F_LAYOUTS(Dir, C3, C3I, AC4, AC4I, P3, kThreePass)                              \
+  kroStatus kroiGamma##Dir##_32f_C3R(const Kro32f* s, int ss, Kro32f* d, int ds, KroSize roi,      \
+                                     Kro32f vMin, Kro32f vMax) {                                   \
+    return gamma::Packed<C3, kThreePass, gamma::Shape::kPacked3>(s, ss, d, ds, roi, vMin, vMax);   \
+  }                                                                                                \
+  kroStatus kroiGamma##Dir##_32f_C3IR(Kro32f* img, int step, KroSize roi, Kro32f vMin,             \
+                                      Kro32f vMax) {                                               \
+    return gamma::PackedInPlace<C3I, kThreePass, gamma::Shape::kPacked3>(img, step, roi, vMin,     \
+                                                                         vMax);                    \
+  }                                                                                                \
+  kroStatus kroiGamma##Dir##_32f_AC4R(const Kro32f* s, int ss, Kro32f* d, int ds, KroSize roi,     \
+                                      Kro32f vMin, Kro32f vMax) {                                  \
+    return gamma::Packed<AC4, false, gamma::Shape::kAlpha4>(s, ss, d, ds, roi, vMin, vMax);        \
+  }                                                                                                \
+  kroStatus kroiGamma##Dir##_32f_AC4IR(Kro32f* img, int step, KroSize roi, Kro32f vMin,            \
+                                       Kro32f vMax) {                                              \
+    return gamma::PackedInPlace<AC4I, false, gamma::Shape::kAlpha4>(img, step, roi, vMin, vMax);   \
+  }                                                                                                \
+  kroStatus kroiGamma##Dir##_32f_P3R(const Kro32f* const s[3], int ss, Kro32f* const d[3], int ds, \
+                                     KroSize roi, Kro32f vMin, Kro32f vMax) {                      \
+    return gamma::Planes<P3, kThreePass>(s, ss, d, ds, roi, vMin, vMax);                           \
+  }                                                                                                \
+  kroStatus kroiGamma##Dir##_32f_IP3R(Kro32f* const planes[3], int step, KroSize roi, Kro32f vMin, \
+                                      Kro32f vMax) {                                               \
+    return gamma::PlanesInPlace<P3, kThreePass>(planes, step, roi, vMin, vMax);                    \
+  }
 
-kroStatus kroiGammaFwd_32f_C3R(const Kro32f* s, int ss, Kro32f* d, int ds, KroSize roi, Kro32f vMin,
-                               Kro32f vMax) {
-  return gamma::Packed<gamma::FwdC3, false, Shape::kPacked3>(s, ss, d, ds, roi, vMin, vMax);
-}
-kroStatus kroiGammaFwd_32f_C3IR(Kro32f* img, int step, KroSize roi, Kro32f vMin, Kro32f vMax) {
-  return gamma::PackedInPlace<gamma::FwdC3, false, Shape::kPacked3>(img, step, roi, vMin, vMax);
-}
-kroStatus kroiGammaFwd_32f_AC4R(const Kro32f* s, int ss, Kro32f* d, int ds, KroSize roi,
-                                Kro32f vMin, Kro32f vMax) {
-  return gamma::Packed<gamma::FwdAC4R, false, Shape::kAlpha4>(s, ss, d, ds, roi, vMin, vMax);
-}
-kroStatus kroiGammaFwd_32f_AC4IR(Kro32f* img, int step, KroSize roi, Kro32f vMin, Kro32f vMax) {
-  return gamma::PackedInPlace<gamma::FwdAC4IR, false, Shape::kAlpha4>(img, step, roi, vMin, vMax);
-}
-kroStatus kroiGammaFwd_32f_P3R(const Kro32f* const s[3], int ss, Kro32f* const d[3], int ds,
-                               KroSize roi, Kro32f vMin, Kro32f vMax) {
-  return gamma::Planes<gamma::FwdP3, false>(s, ss, d, ds, roi, vMin, vMax);
-}
-kroStatus kroiGammaFwd_32f_IP3R(Kro32f* const planes[3], int step, KroSize roi, Kro32f vMin,
-                                Kro32f vMax) {
-  return gamma::PlanesInPlace<gamma::FwdP3, false>(planes, step, roi, vMin, vMax);
-}
+KRO_GAMMA32F_LAYOUTS(Fwd, gamma::FwdC3, gamma::FwdC3, gamma::FwdAC4R, gamma::FwdAC4IR, gamma::FwdP3,
+                     false)
+KRO_GAMMA32F_LAYOUTS(Inv, gamma::InvC3R, gamma::InvC3IR, gamma::InverseAlpha, gamma::InverseAlpha,
+                     gamma::InvP3, true)
 
-kroStatus kroiGammaInv_32f_C3R(const Kro32f* s, int ss, Kro32f* d, int ds, KroSize roi, Kro32f vMin,
-                               Kro32f vMax) {
-  return gamma::Packed<gamma::InvC3R, true, Shape::kPacked3>(s, ss, d, ds, roi, vMin, vMax);
-}
-kroStatus kroiGammaInv_32f_C3IR(Kro32f* img, int step, KroSize roi, Kro32f vMin, Kro32f vMax) {
-  return gamma::PackedInPlace<gamma::InvC3IR, true, Shape::kPacked3>(img, step, roi, vMin, vMax);
-}
-kroStatus kroiGammaInv_32f_AC4R(const Kro32f* s, int ss, Kro32f* d, int ds, KroSize roi,
-                                Kro32f vMin, Kro32f vMax) {
-  return gamma::Packed<gamma::InverseAlpha, false, Shape::kAlpha4>(s, ss, d, ds, roi, vMin, vMax);
-}
-kroStatus kroiGammaInv_32f_AC4IR(Kro32f* img, int step, KroSize roi, Kro32f vMin, Kro32f vMax) {
-  return gamma::PackedInPlace<gamma::InverseAlpha, false, Shape::kAlpha4>(img, step, roi, vMin,
-                                                                          vMax);
-}
-kroStatus kroiGammaInv_32f_P3R(const Kro32f* const s[3], int ss, Kro32f* const d[3], int ds,
-                               KroSize roi, Kro32f vMin, Kro32f vMax) {
-  return gamma::Planes<gamma::InvP3, true>(s, ss, d, ds, roi, vMin, vMax);
-}
-kroStatus kroiGammaInv_32f_IP3R(Kro32f* const planes[3], int step, KroSize roi, Kro32f vMin,
-                                Kro32f vMax) {
-  return gamma::PlanesInPlace<gamma::InvP3, true>(planes, step, roi, vMin, vMax);
-}
+#undef KRO_GAMMA32F_LAYOUTS
 
 }  // namespace kro::wrap

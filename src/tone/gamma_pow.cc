@@ -141,20 +141,23 @@ float PowScalarAsRuntime(float x, const PowCurve& curve) {
   return static_cast<float>(a);
 }
 
-void PowRow(const float* src, const PowCurve& curve, float* dst, int count) {
+namespace {
+template <bool kAsRuntime>
+void PowRowOf(const float* src, const PowCurve& curve, float* dst, int count) {
 #if KRO_SIMD
-  PowRowSse2<false>(src, curve, dst, count);
+  PowRowSse2<kAsRuntime>(src, curve, dst, count);
 #else
-  for (int i = 0; i < count; ++i) dst[i] = PowScalar(src[i], curve);
+  for (int i = 0; i < count; ++i) dst[i] = PowOne<kAsRuntime>(src[i], curve);
 #endif
+}
+}  // namespace
+
+void PowRow(const float* src, const PowCurve& curve, float* dst, int count) {
+  PowRowOf<false>(src, curve, dst, count);
 }
 
 void PowRowAsRuntime(const float* src, const PowCurve& curve, float* dst, int count) {
-#if KRO_SIMD
-  PowRowSse2<true>(src, curve, dst, count);
-#else
-  for (int i = 0; i < count; ++i) dst[i] = PowScalarAsRuntime(src[i], curve);
-#endif
+  PowRowOf<true>(src, curve, dst, count);
 }
 
 }  // namespace kro::gamma
