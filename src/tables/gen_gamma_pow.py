@@ -9,8 +9,10 @@ For an exponent y and a normal float x = 2^k * m, m in [1, 2):
   x^y = 2^(k y) * c^y * (1 + r)^y,   r = m * (1 / c) - 1,
 with c the centre of the 1/256-wide segment of [1, 2) that holds m. Per segment the table holds
 1/c rounded to 29 significant bits (so that m * (1/c) is exact in double for a 24-bit m) and
-c^y for exactly that rounded 1/c; per exponent k = -126..127 it holds 2^(k y); (1 + r)^y is its
-binomial series to r^3 (|r| <= 2^-9, truncation below 2^-40 relative).
+c^y for exactly that rounded 1/c; per biased exponent field e = 1..254 (k = e - 127) it holds
+2^(k y), and 0 for the other 258 values of the top nine bits of a float (zero and subnormal,
+infinity and NaN, negative), so that any float indexes the table and +0 comes out as +0;
+(1 + r)^y is its binomial series to r^3 (|r| <= 2^-9, truncation below 2^-40 relative).
 """
 import math
 import struct
@@ -52,8 +54,12 @@ def main():
             out.append("        {%s, %s}," % (inv.hex(), hex_double(power(1 / Decimal(inv), y))))
         out.append("    },")
         out.append("    {")
-        for k in range(-126, 128):
-            out.append("        %s,  // 2^(%d y)" % (hex_double(power(Decimal(2), y * k)), k))
+        for e in range(512):
+            if 1 <= e <= 254:
+                k = e - 127
+                out.append("        %s,  // 2^(%d y)" % (hex_double(power(Decimal(2), y * k)), k))
+            else:
+                out.append("        0x0p+0,")
         out.append("    },")
         coefficient, series = Decimal(1), []
         for n in range(1, 4):

@@ -38,7 +38,7 @@ double Approximate(uint32_t bits, const PowCurve& curve) {
   p = (p + curve.series[1]) * r;
   p = (p + curve.series[0]) * r;
   p = p + 1.0;
-  return (curve.scale[(bits >> 23) - 1] * seg[1]) * p;
+  return (curve.scale[bits >> 23] * seg[1]) * p;
 }
 
 float Runtime(float x, const PowCurve& curve) {
@@ -56,26 +56,27 @@ float PowOne(float x, const PowCurve& curve) {
 
 #if KRO_SIMD
 // Four floats a round, as two pairs of doubles; table entries are fetched lane by lane. Lanes
-// that are not ordinary run as x = 1 and are redone by the scalar twin, as are (as-runtime
-// form) lanes whose rounding the bound does not decide. +0 gives +0 in the vector already.
+// that are neither ordinary nor +0 are redone by the scalar twin, as are (as-runtime form)
+// lanes whose rounding the bound does not decide.
 template <bool kAsRuntime>
 void PowRowSse2(const float* src, const PowCurve& curve, float* dst, int count) {
-  const __m128i belowNormal = _mm_set1_epi32(0x007FFFFF), infinity = _mm_set1_epi32(0x7F800000);
+  const __m128i lift = _mm_set1_epi32(0x7F800000), normalTop = _mm_set1_epi32(-0x01000000);
   const __m128i mantissa = _mm_set1_epi32(0x007FFFFF), one = _mm_set1_epi32(0x3F800000);
   const __m128i segmentBits = _mm_set1_epi32(255 << 4);
   const __m128d oneD = _mm_set1_pd(1.0);
   const __m128d s0 = _mm_set1_pd(curve.series[0]), s1 = _mm_set1_pd(curve.series[1]),
                 s2 = _mm_set1_pd(curve.series[2]);
   const char* segments = reinterpret_cast<const char*>(curve.segment);
-  const char* scales = reinterpret_cast<const char*>(curve.scale) - sizeof(double);
+  const char* scales = reinterpret_cast<const char*>(curve.scale);
   int i = 0;
   for (; i + 4 <= count; i += 4) {
     const __m128 in = _mm_loadu_ps(src + i);
-    const __m128i bits = _mm_castps_si128(in);
-    const __m128i ordinary =
-        _mm_and_si128(_mm_cmpgt_epi32(bits, belowNormal), _mm_cmplt_epi32(bits, infinity));
-    const __m128i zero = _mm_cmpeq_epi32(bits, _mm_setzero_si128());
-    const __m128i x = _mm_or_si128(_mm_and_si128(ordinary, bits), _mm_andnot_si128(ordinary, one));
+    const __m128i x = _mm_castps_si128(in);
+    // Ordinary: x + 0x7F800000 wraps into [2^31, 2^32 - 2^24) exactly for x in
+    // [0x00800000, 0x7F800000).
+    const __m128i ordinary = _mm_cmplt_epi32(_mm_add_epi32(x, lift), normalTop);
+    const __m128i zero = _mm_cmpeq_epi32(x, _mm_setzero_si128());
+    // Any float indexes both tables; +0 meets a scale of 0 and comes out +0.
     const __m128i segOffset = _mm_and_si128(_mm_srli_epi32(x, 11), segmentBits);  // 16 bytes each
     const __m128i scaleOffset = _mm_slli_epi32(_mm_srli_epi32(x, 23), 3);         // 8 bytes each
     const __m128 m = _mm_castsi128_ps(_mm_or_si128(_mm_and_si128(x, mantissa), one));
@@ -97,8 +98,7 @@ void PowRowSse2(const float* src, const PowCurve& curve, float* dst, int count) 
       p = _mm_add_pd(p, oneD);
       a[h] = _mm_mul_pd(_mm_mul_pd(scale, _mm_unpackhi_pd(e0, e1)), p);
     }
-    __m128 result = _mm_andnot_ps(_mm_castsi128_ps(zero),
-                                  _mm_movelh_ps(_mm_cvtpd_ps(a[0]), _mm_cvtpd_ps(a[1])));
+    __m128 result = _mm_movelh_ps(_mm_cvtpd_ps(a[0]), _mm_cvtpd_ps(a[1]));
     int redo = _mm_movemask_ps(_mm_castsi128_ps(_mm_or_si128(ordinary, zero))) ^ 15;
     if constexpr (kAsRuntime) {
       // The low words of the four doubles, their tails within kNear of the midpoint.

@@ -23,7 +23,7 @@ namespace kro::gamma {
 
 struct PowCurve {
   double segment[256][2];  // {1/c rounded to 29 bits, c^y} for m in [1 + i/256, 1 + (i+1)/256)
-  double scale[254];       // 2^(k y) for k = -126..127
+  double scale[512];       // by the top 9 bits of x: 2^(k y) for normal positive x, else 0
   double series[3];        // y, y(y-1)/2, y(y-1)(y-2)/6
   float exponent;          // y
 };
