@@ -62,12 +62,9 @@ template <bool kAsRuntime>
 void PowRowSse2(const float* src, const PowCurve& curve, float* dst, int count) {
   const __m128i lift = _mm_set1_epi32(0x7F800000), normalTop = _mm_set1_epi32(-0x01000000);
   const __m128i mantissa = _mm_set1_epi32(0x007FFFFF), one = _mm_set1_epi32(0x3F800000);
-  const __m128i segmentBits = _mm_set1_epi32(255 << 4);
   const __m128d oneD = _mm_set1_pd(1.0);
   const __m128d s0 = _mm_set1_pd(curve.series[0]), s1 = _mm_set1_pd(curve.series[1]),
                 s2 = _mm_set1_pd(curve.series[2]);
-  const char* segments = reinterpret_cast<const char*>(curve.segment);
-  const char* scales = reinterpret_cast<const char*>(curve.scale);
   int i = 0;
   for (; i + 4 <= count; i += 4) {
     const __m128 in = _mm_loadu_ps(src + i);
@@ -76,21 +73,19 @@ void PowRowSse2(const float* src, const PowCurve& curve, float* dst, int count) 
     // [0x00800000, 0x7F800000).
     const __m128i ordinary = _mm_cmplt_epi32(_mm_add_epi32(x, lift), normalTop);
     const __m128i zero = _mm_cmpeq_epi32(x, _mm_setzero_si128());
-    // Any float indexes both tables; +0 meets a scale of 0 and comes out +0.
-    const __m128i segOffset = _mm_and_si128(_mm_srli_epi32(x, 11), segmentBits);  // 16 bytes each
-    const __m128i scaleOffset = _mm_slli_epi32(_mm_srli_epi32(x, 23), 3);         // 8 bytes each
+    // Any float indexes both tables; +0 meets a scale of 0 and comes out +0. The indices are
+    // taken in general registers from the input's bits.
+    uint32_t bits[4];
+    std::memcpy(bits, src + i, sizeof(bits));
     const __m128 m = _mm_castsi128_ps(_mm_or_si128(_mm_and_si128(x, mantissa), one));
     __m128d a[2];
     for (int h = 0; h < 2; ++h) {
       const __m128d md = _mm_cvtps_pd(h ? _mm_movehl_ps(m, m) : m);
-      const __m128d e0 = _mm_load_pd(
-          reinterpret_cast<const double*>(segments + _mm_extract_epi16(segOffset, 4 * h)));
-      const __m128d e1 = _mm_load_pd(
-          reinterpret_cast<const double*>(segments + _mm_extract_epi16(segOffset, 4 * h + 2)));
-      const __m128d scale = _mm_loadh_pd(
-          _mm_load_sd(
-              reinterpret_cast<const double*>(scales + _mm_extract_epi16(scaleOffset, 4 * h))),
-          reinterpret_cast<const double*>(scales + _mm_extract_epi16(scaleOffset, 4 * h + 2)));
+      const uint32_t b0 = bits[2 * h], b1 = bits[2 * h + 1];
+      const __m128d e0 = _mm_load_pd(curve.segment[(b0 >> 15) & 255]);
+      const __m128d e1 = _mm_load_pd(curve.segment[(b1 >> 15) & 255]);
+      const __m128d scale =
+          _mm_loadh_pd(_mm_load_sd(&curve.scale[b0 >> 23]), &curve.scale[b1 >> 23]);
       const __m128d r = _mm_sub_pd(_mm_mul_pd(md, _mm_unpacklo_pd(e0, e1)), oneD);
       __m128d p = _mm_mul_pd(s2, r);
       p = _mm_mul_pd(_mm_add_pd(p, s1), r);
