@@ -96,13 +96,12 @@ void PowRowSse2(const float* src, const PowCurve& curve, float* dst, int count) 
     __m128 result = _mm_movelh_ps(_mm_cvtpd_ps(a[0]), _mm_cvtpd_ps(a[1]));
     int redo = _mm_movemask_ps(_mm_castsi128_ps(_mm_or_si128(ordinary, zero))) ^ 15;
     if constexpr (kAsRuntime) {
-      // The low words of the four doubles, their tails within kNear of the midpoint.
+      // The low words of the four doubles; tail - (midpoint - kNear) below 2 kNear = 2^17.
       const __m128i low = _mm_castps_si128(
           _mm_shuffle_ps(_mm_castpd_ps(a[0]), _mm_castpd_ps(a[1]), _MM_SHUFFLE(2, 0, 2, 0)));
       const __m128i v = _mm_sub_epi32(_mm_and_si128(low, _mm_set1_epi32(kTailBits)),
                                       _mm_set1_epi32(kMidpoint - kNear));
-      const __m128i near = _mm_and_si128(_mm_cmpgt_epi32(v, _mm_set1_epi32(-1)),
-                                         _mm_cmplt_epi32(v, _mm_set1_epi32(2 * kNear)));
+      const __m128i near = _mm_cmpeq_epi32(_mm_srli_epi32(v, 17), _mm_setzero_si128());
       redo |= _mm_movemask_ps(_mm_castsi128_ps(_mm_and_si128(near, ordinary)));
     }
     if (redo != 0) {  // rare: keep the inputs, which an in-place call is about to overwrite
