@@ -18,6 +18,7 @@ namespace {
 constexpr uint32_t kTailBits = 0x1FFFFFFF;
 constexpr uint32_t kMidpoint = 0x10000000;
 constexpr uint32_t kNear = 1u << 16;
+static_assert(2 * kNear == 1u << 17, "the vector test shifts by 17");
 
 template <class To, class From>
 To BitCast(From from) {
