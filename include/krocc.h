@@ -197,6 +197,84 @@ KROAPI kroStatus kroiGammaInv_16u_IP3R(Kro16u* const planes[3], int step, KroSiz
 /* ==== RGB and BGR to 4:2:0 ================================================================= */
 
 /* ==== 4:2:0 to RGB and BGR ================================================================= */
+/* Planar (P3: Y, Cb, Cr planes, each with its own row step) or two-plane (P2: Y plane and one
+ * plane of chroma pairs, Cb first for YCbCr names and Cr first for YCrCb names) 4:2:0 images to
+ * packed RGB/BGR (C3), with a fourth byte alphaValue (C4) or 0 (AC4), or to three R, G, B planes
+ * sharing one step (P3R). The four pixels of each 2x2 block share its Cb and Cr. Only the even
+ * part (width & ~1) x (height & ~1) is converted: an odd last column or row is left as it was,
+ * and the call returns kroStatusOddSize (+35). Each export has its own integer arithmetic; in
+ * several, the last columns of a row take a 32-bit form that can differ by one from the 16-bit
+ * form of the columns before them (docs/families.md). Planar YCrCb sources list Cr in plane 1.
+ * Statuses: kroStatusNullPointer, kroStatusBadSize (width or height below 1; below 2 for
+ * kroiYUV420ToBGR_8u_P3C3R). The planar sources' plane pointers are tested after the size; the
+ * two YCrCb P2C4R forms test the size before any pointer. */
+
+KROAPI kroStatus kroiYCbCr420ToRGB_8u_P3C3R(const Kro8u* const srcPlanes[3],
+                                            const int srcPlaneSteps[3], Kro8u* dst,
+                                            int dstRowStep, KroSize roi);
+KROAPI kroStatus kroiYCbCr420ToBGR_8u_P3C3R(const Kro8u* const srcPlanes[3],
+                                            const int srcPlaneSteps[3], Kro8u* dst,
+                                            int dstRowStep, KroSize roi);
+KROAPI kroStatus kroiYCbCr420ToBGR_8u_P3C4R(const Kro8u* const srcPlanes[3],
+                                            const int srcPlaneSteps[3], Kro8u* dst,
+                                            int dstRowStep, KroSize roi, Kro8u alphaValue);
+KROAPI kroStatus kroiYCbCr420ToRGB_8u_P2C3R(const Kro8u* srcLuma, int srcLumaStep,
+                                            const Kro8u* srcChroma, int srcChromaStep, Kro8u* dst,
+                                            int dstRowStep, KroSize roi);
+KROAPI kroStatus kroiYCbCr420ToBGR_8u_P2C3R(const Kro8u* srcLuma, int srcLumaStep,
+                                            const Kro8u* srcChroma, int srcChromaStep, Kro8u* dst,
+                                            int dstRowStep, KroSize roi);
+KROAPI kroStatus kroiYCbCr420ToRGB_8u_P2C4R(const Kro8u* srcLuma, int srcLumaStep,
+                                            const Kro8u* srcChroma, int srcChromaStep, Kro8u* dst,
+                                            int dstRowStep, KroSize roi, Kro8u alphaValue);
+KROAPI kroStatus kroiYCbCr420ToBGR_8u_P2C4R(const Kro8u* srcLuma, int srcLumaStep,
+                                            const Kro8u* srcChroma, int srcChromaStep, Kro8u* dst,
+                                            int dstRowStep, KroSize roi, Kro8u alphaValue);
+KROAPI kroStatus kroiYCrCb420ToRGB_8u_P2C3R(const Kro8u* srcLuma, int srcLumaStep,
+                                            const Kro8u* srcChroma, int srcChromaStep, Kro8u* dst,
+                                            int dstRowStep, KroSize roi);
+KROAPI kroStatus kroiYCrCb420ToBGR_8u_P2C3R(const Kro8u* srcLuma, int srcLumaStep,
+                                            const Kro8u* srcChroma, int srcChromaStep, Kro8u* dst,
+                                            int dstRowStep, KroSize roi);
+/* These two test the size before the pointers. */
+KROAPI kroStatus kroiYCrCb420ToRGB_8u_P2C4R(const Kro8u* srcLuma, int srcLumaStep,
+                                            const Kro8u* srcChroma, int srcChromaStep, Kro8u* dst,
+                                            int dstRowStep, KroSize roi, Kro8u alphaValue);
+KROAPI kroStatus kroiYCrCb420ToBGR_8u_P2C4R(const Kro8u* srcLuma, int srcLumaStep,
+                                            const Kro8u* srcChroma, int srcChromaStep, Kro8u* dst,
+                                            int dstRowStep, KroSize roi, Kro8u alphaValue);
+/* srcPlanes: Y, Cr, Cb. */
+KROAPI kroStatus kroiYCrCb420ToRGB_8u_P3C4R(const Kro8u* const srcPlanes[3],
+                                            const int srcPlaneSteps[3], Kro8u* dst,
+                                            int dstRowStep, KroSize roi, Kro8u alphaValue);
+KROAPI kroStatus kroiYCbCr420ToBGR_709CSC_8u_P3C3R(const Kro8u* const srcPlanes[3],
+                                                   const int srcPlaneSteps[3], Kro8u* dst,
+                                                   int dstRowStep, KroSize roi);
+KROAPI kroStatus kroiYCbCr420ToBGR_709HDTV_8u_P3C4R(const Kro8u* const srcPlanes[3],
+                                                    const int srcPlaneSteps[3], Kro8u* dst,
+                                                    int dstRowStep, KroSize roi,
+                                                    Kro8u alphaValue);
+/* YUV (U and V offset by 128). The AC4 form stores 0 in every fourth byte it writes. */
+KROAPI kroStatus kroiYUV420ToRGB_8u_P3AC4R(const Kro8u* const srcPlanes[3],
+                                           const int srcPlaneSteps[3], Kro8u* dst, int dstRowStep,
+                                           KroSize roi);
+/* Width and height at least 2. */
+KROAPI kroStatus kroiYUV420ToBGR_8u_P3C3R(const Kro8u* const srcPlanes[3],
+                                          const int srcPlaneSteps[3], Kro8u* dst, int dstRowStep,
+                                          KroSize roi);
+KROAPI kroStatus kroiYUV420ToRGB_8u_P3C3R(const Kro8u* const srcPlanes[3],
+                                          const int srcPlaneSteps[3], Kro8u* dst, int dstRowStep,
+                                          KroSize roi);
+/* Three R, G, B planes sharing dstRowStep. */
+KROAPI kroStatus kroiYUV420ToRGB_8u_P3R(const Kro8u* const srcPlanes[3],
+                                        const int srcPlaneSteps[3], Kro8u* const dstPlanes[3],
+                                        int dstRowStep, KroSize roi);
+/* Tightly packed: Y step width, chroma steps width / 2, destination step width (planes) or
+ * 3 * width (packed). */
+KROAPI kroStatus kroiYUV420ToRGB_8u_P3(const Kro8u* const srcPlanes[3], Kro8u* const dstPlanes[3],
+                                       KroSize roi);
+KROAPI kroStatus kroiYUV420ToRGB_8u_P3C3(const Kro8u* const srcPlanes[3], Kro8u* dst,
+                                         KroSize roi);
 
 /* ==== Gamma, 32f by formula ================================================================ */
 /* The BT.709 transfer curve (forward) and its inverse computed per colour sample over the
@@ -240,9 +318,56 @@ KROAPI kroStatus kroiGammaInv_32f_IP3R(Kro32f* const planes[3], int step, KroSiz
 
 /* ==== Bit-depth reduction (ReduceBits) ===================================================== */
 
-/* ==== Bayer demosaicing: CFAToRGB ========================================================== */
+/* ==== Bayer demosaicing: CFAToRGB ===========================================================
+ * One plane of Bayer sensor samples to interleaved R, G, B, for a window of a whole image.
+ * src points to pixel (0, 0) of the whole image of srcSize; dst to the output of the window's
+ * first pixel (srcRect.x, srcRect.y), three samples per pixel. grid gives the colours of the
+ * image's first 2 x 2 block, counted from pixel (0, 0) whatever the window:
+ *   0: B G / G R   1: R G / G B   2: G B / R G   3: G R / B G   (row 0 / row 1).
+ * Every sample is integer: the site keeps its own sample, the missing colours are rounded
+ * averages of the nearest sites of that colour. Green at red and blue sites two or more pixels
+ * from every border of the whole image follows the smaller of the vertical and horizontal
+ * gradients over two pixels (the mean of four on a tie); nearer the border the averages use the
+ * neighbours that exist, so a pixel's value depends on where it lies in the whole image, not in
+ * the window. The window is trimmed to the image without a status; a window starting at or past
+ * the image's width or height writes nothing; a negative x or y is not supported.
+ * interpolation is read by nothing. Steps are in bytes (16u: the low bit is dropped).
+ * Checks, in order: kroStatusNullPointer (src, dst), kroStatusBadSize (srcSize below 2 x 2),
+ * kroStatusBadArgument (grid outside 0..3). */
+
+KROAPI kroStatus kroiCFAToRGB_8u_C1C3R(const Kro8u* src, KroRect srcRect, KroSize srcSize,
+                                       int srcStep, Kro8u* dst, int dstStep, int grid,
+                                       int interpolation);
+KROAPI kroStatus kroiCFAToRGB_16u_C1C3R(const Kro16u* src, KroRect srcRect, KroSize srcSize,
+                                        int srcStep, Kro16u* dst, int dstStep, int grid,
+                                        int interpolation);
 
 /* ==== Bayer demosaicing: DemosaicAHD ======================================================= */
+/* Adaptive homogeneity-directed demosaicing of a Bayer plane into interleaved R, G, B. The image
+ * is interpolated twice (green along the row, green along the column; red and blue by colour
+ * differences), both results go to luma-chroma, each pixel votes by how many neighbours lie
+ * within its thresholds in each result, and the votes of its 3 x 3 window choose the result
+ * (a tie repeats the last decision of the row's strip). Integer arithmetic only.
+ * src is pixel (0, 0) of the whole srcSize image; srcRect is trimmed to the image (a negative
+ * origin moves to 0, its width kept); dst is the output pixel of the trimmed region's first
+ * pixel; reads beyond the image edge are mirrored. grid is the Bayer phase at (0, 0):
+ * 0 = B G / G R, 1 = R G / G B, 2 = G B / R G, 3 = G R / B G.
+ * tmp: caller's scratch of 30 rows, tmpStep bytes apart (16u: low bit of tmpStep ignored), each
+ * row at least (max(trimmed width, 6) + 6) samples; no alignment needed, contents don't matter.
+ * Only pixels of the trimmed region are written, also where the strip partition of a small
+ * region starts outside it.
+ * Checks, in order: src or dst null -> kroStatusNullPointer; srcSize below 5 x 5 ->
+ * kroStatusBadSize; grid outside 0..3 -> kroStatusBadArgument. tmp, tmpStep and srcRect are
+ * not checked; a region that is empty after trimming returns kroStatusOk.
+ * 16u: srcStep is halved by a shift, dstStep by a division rounding towards zero. */
+
+KROAPI kroStatus kroiDemosaicAHD_8u_C1C3R(const Kro8u* src, KroRect srcRect, KroSize srcSize,
+                                          int srcStep, Kro8u* dst, int dstStep, int grid,
+                                          Kro8u* tmp, int tmpStep);
+KROAPI kroStatus kroiDemosaicAHD_16u_C1C3R(const Kro16u* src, KroRect srcRect, KroSize srcSize,
+                                           int srcStep, Kro16u* dst, int dstStep, int grid,
+                                           Kro8u* tmp, int tmpStep);
+
 
 /* ==== (next families are added below, one section each) ==================================== */
 

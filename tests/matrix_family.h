@@ -29,17 +29,28 @@ struct Image {
   const uint8_t* cptrs[4] = {};
   uint8_t* ptrs[4] = {};
 
-  Image(bool isPlanar, int ch, int w, int h, int pad = 0, int offset = 0)
+  // Plane p starts `offset + spread * p` bytes past a 64-byte boundary (spread 0: all planes
+  // equally placed).
+  Image(bool isPlanar, int ch, int w, int h, int pad = 0, int offset = 0, int spread = 5)
       : planar(isPlanar), channels(ch), width(w), height(h) {
     const int rowBytes = planar ? w : w * ch;
     for (int p = 0; p < (planar ? ch : 1); ++p) {
-      planes.push_back(std::make_unique<Plane>(rowBytes, h, rowBytes + pad, offset + 5 * p));
+      planes.push_back(
+          std::make_unique<Plane>(rowBytes, h, rowBytes + pad, offset + spread * p));
       ptrs[p] = planes.back()->data();
       cptrs[p] = ptrs[p];
     }
   }
-  int forcedStep = -1;  // >= 0: the step passed instead of the planes' own
-  int step() const { return forcedStep >= 0 ? forcedStep : planes[0]->step(); }
+  bool forceStep = false;  // pass forcedStep instead of the planes' own step
+  int forcedStep = 0;
+  int step() const { return forceStep ? forcedStep : planes[0]->step(); }
+  // Points every plane at its last row and walks upward with the negated step.
+  void StartAtLastRow() {
+    for (std::size_t p = 0; p < planes.size(); ++p) ptrs[p] = planes[p]->row(height - 1);
+    for (std::size_t p = 0; p < planes.size(); ++p) cptrs[p] = ptrs[p];
+    forceStep = true;
+    forcedStep = -planes[0]->step();
+  }
   uint8_t& at(int x, int y, int c) {
     return planar ? planes[c]->row(y)[x] : planes[0]->row(y)[x * channels + c];
   }
@@ -96,8 +107,8 @@ class MatrixFamily : public testing::TestWithParam<Export> {};
 
 // Runs the export on src into a fresh destination and checks every pixel against the formula
 // its position calls for, the alpha rule, and the canaries.
-inline void ExpectFormulas(const Export& e, Image& src, int pad, int offset) {
-  Image dst(e.dstPlanar, e.dstChannels, src.width, src.height, pad, offset);
+inline void ExpectFormulas(const Export& e, Image& src, int pad, int offset, int spread = 5) {
+  Image dst(e.dstPlanar, e.dstChannels, src.width, src.height, pad, offset, spread);
   ASSERT_EQ(e.call(src, dst, {src.width, src.height}), kroStatusOk);
   const int body = e.block ? (src.width & ~(e.block - 1)) : 0;
   for (int y = 0; y < src.height; ++y) {
@@ -145,6 +156,7 @@ TEST_P(MatrixFamily, StepZeroRepeatsOneRow) {
   src.Random(rng);
   ASSERT_EQ(e.call(src, ref, {37, 1}), kroStatusOk);
   Image dst(e.dstPlanar, e.dstChannels, 37, 1);
+  src.forceStep = dst.forceStep = true;
   src.forcedStep = dst.forcedStep = 0;
   ASSERT_EQ(e.call(src, dst, {37, 4}), kroStatusOk);
   for (int p = 0; p < (e.dstPlanar ? e.dstChannels : 1); ++p) {
@@ -153,24 +165,75 @@ TEST_P(MatrixFamily, StepZeroRepeatsOneRow) {
   EXPECT_TRUE(dst.CanariesIntact());
 }
 
-// Buffers that end exactly at an inaccessible page: no byte past the last pixel is touched.
+// Buffers that end exactly at an inaccessible page (or start right after one): no byte past the
+// last pixel, or before the first, is touched.
 TEST_P(MatrixFamily, StaysInsideBuffersThatEndAtAPage) {
   const Export& e = GetParam();
-  for (int width : {1, 7, 8, 9, 15, 16, 17, 33}) {
-    const int srcBytes = e.srcPlanar ? width : width * e.srcChannels;
-    const int dstBytes = e.dstPlanar ? width : width * e.dstChannels;
-    std::vector<std::unique_ptr<GuardedBuffer>> bufs;
-    Image src(e.srcPlanar, e.srcChannels, width, 1), dst(e.dstPlanar, e.dstChannels, width, 1);
-    for (int p = 0; p < (e.srcPlanar ? e.srcChannels : 1); ++p) {
-      bufs.push_back(std::make_unique<GuardedBuffer>(srcBytes));
-      std::memset(bufs.back()->data(), 0x80 + p, srcBytes);
-      src.cptrs[p] = bufs.back()->data();
+  for (bool guardStart : {false, true}) {
+    for (int width : {1, 7, 8, 9, 15, 16, 17, 24, 25, 33}) {
+      const int srcBytes = e.srcPlanar ? width : width * e.srcChannels;
+      const int dstBytes = e.dstPlanar ? width : width * e.dstChannels;
+      std::vector<std::unique_ptr<GuardedBuffer>> bufs;
+      Image src(e.srcPlanar, e.srcChannels, width, 1), dst(e.dstPlanar, e.dstChannels, width, 1);
+      for (int p = 0; p < (e.srcPlanar ? e.srcChannels : 1); ++p) {
+        bufs.push_back(std::make_unique<GuardedBuffer>(srcBytes, guardStart));
+        std::memset(bufs.back()->data(), 0x80 + p, srcBytes);
+        src.cptrs[p] = bufs.back()->data();
+      }
+      for (int p = 0; p < (e.dstPlanar ? e.dstChannels : 1); ++p) {
+        bufs.push_back(std::make_unique<GuardedBuffer>(dstBytes, guardStart));
+        dst.ptrs[p] = bufs.back()->data();
+      }
+      EXPECT_EQ(e.call(src, dst, {width, 1}), kroStatusOk) << width;
     }
-    for (int p = 0; p < (e.dstPlanar ? e.dstChannels : 1); ++p) {
-      bufs.push_back(std::make_unique<GuardedBuffer>(dstBytes));
-      dst.ptrs[p] = bufs.back()->data();
+  }
+}
+
+// Every plane 16-byte aligned with steps of whole vectors, the layout that lets a kernel take
+// aligned loads and stores: the pixels still follow the formula their position calls for (an
+// aligned path may use larger blocks, never other formulas).
+TEST_P(MatrixFamily, AlignedPlanesFollowTheSameFormulas) {
+  const Export& e = GetParam();
+  std::mt19937 rng(8);
+  for (int width : {8, 13, 16, 24, 29, 32, 48, 64, 72}) {
+    const int srcRow = e.srcPlanar ? width : width * e.srcChannels;
+    const int dstRow = e.dstPlanar ? width : width * e.dstChannels;
+    Image src(e.srcPlanar, e.srcChannels, width, 3, (16 - srcRow % 16) % 16 + 32, 0, 0);
+    src.Random(rng);
+    ExpectFormulas(e, src, (16 - dstRow % 16) % 16 + 16, 0, 0);
+    if (HasFatalFailure()) return;
+  }
+}
+
+// A negative step walks the image upward: the destination read from its last row with the
+// negated step holds the rows of the plain call in reverse order, and nothing outside them
+// changes.
+TEST_P(MatrixFamily, NegativeStepWalksUpward) {
+  const Export& e = GetParam();
+  std::mt19937 rng(4);
+  const int width = 29, height = 3;
+  Image src(e.srcPlanar, e.srcChannels, width, height, 5, 1);
+  src.Random(rng);
+  Image ref(e.dstPlanar, e.dstChannels, width, height, 3, 2);
+  ASSERT_EQ(e.call(src, ref, {width, height}), kroStatusOk);
+  Image dst(e.dstPlanar, e.dstChannels, width, height, 3, 2);
+  dst.StartAtLastRow();
+  ASSERT_EQ(e.call(src, dst, {width, height}), kroStatusOk);
+  for (std::size_t p = 0; p < dst.planes.size(); ++p) {
+    const int bytes = dst.planes[p]->rowBytes();
+    for (int y = 0; y < height; ++y) {
+      EXPECT_EQ(0, std::memcmp(dst.planes[p]->row(height - 1 - y), ref.planes[p]->row(y), bytes))
+          << "plane " << p << " row " << y;
     }
-    EXPECT_EQ(e.call(src, dst, {width, 1}), kroStatusOk) << width;
+  }
+  EXPECT_TRUE(dst.CanariesIntact());
+  // The source walked upward too gives the plain result back in order.
+  Image again(e.dstPlanar, e.dstChannels, width, height, 3, 2);
+  again.StartAtLastRow();
+  src.StartAtLastRow();
+  ASSERT_EQ(e.call(src, again, {width, height}), kroStatusOk);
+  for (std::size_t p = 0; p < again.planes.size(); ++p) {
+    EXPECT_EQ(again.planes[p]->Region(), ref.planes[p]->Region()) << "plane " << p;
   }
 }
 

@@ -20,11 +20,15 @@ struct Px {
 
 using PixelFn = Px (*)(int, int, int);
 
-// Where a row's three components live: component c of pixel x is at ptr[c][x * stride].
+// Where a row's three components live: component c of pixel x is at ptr[c][x * stride]. A
+// destination of 4-byte pixels with alpha >= 0 has its fourth byte (after the three components,
+// at the pixel's highest address) set to that value; with alpha < 0 the fourth byte is never
+// written.
 template <class T>
 struct Samples {
   T* ptr[3];
   int stride;
+  int alpha = -1;
 };
 
 // One row: the first width & ~(block - 1) pixels through the block formula, the rest through
@@ -40,6 +44,8 @@ void ConvertRowScalar(Samples<const uint8_t> s, Samples<uint8_t> d, int width) {
     if (kOnly < 0 || kOnly == 0) d.ptr[0][di] = p.c0;
     if (kOnly < 0 || kOnly == 1) d.ptr[1][di] = p.c1;
     if (kOnly < 0 || kOnly == 2) d.ptr[2][di] = p.c2;
+    if (d.alpha >= 0)
+      (d.ptr[0] < d.ptr[2] ? d.ptr[0] : d.ptr[2])[di + 3] = static_cast<uint8_t>(d.alpha);
   }
 }
 
@@ -64,6 +70,15 @@ template <class T>
 Samples<T> PackedBgr(T* row, int bytes) {
   return {{row + 2, row + 1, row}, bytes};
 }
+// Packed 4-byte rows whose fourth byte is set to `alpha`, components forwards or backwards.
+template <class T>
+Samples<T> PackedAlpha(T* row, uint8_t alpha) {
+  return {{row, row + 1, row + 2}, 4, alpha};
+}
+template <class T>
+Samples<T> PackedBgrAlpha(T* row, uint8_t alpha) {
+  return {{row + 2, row + 1, row}, 4, alpha};
+}
 template <class T, class P>
 Samples<T> Planar(P planes, int step, int y) {
   return {{RowOf(planes[0], step, y), RowOf(planes[1], step, y), RowOf(planes[2], step, y)}, 1};
@@ -79,6 +94,13 @@ auto PackedRows(T* image, int step, int bytes) {
 template <class T>
 auto PackedBgrRows(T* image, int step, int bytes) {
   return [=](int y) { return PackedBgr(RowOf(image, step, y), bytes); };
+}
+template <bool kBgr, class T>
+auto PackedAlphaRows(T* image, int step, uint8_t alpha) {
+  return [=](int y) {
+    return kBgr ? PackedBgrAlpha(RowOf(image, step, y), alpha)
+                : PackedAlpha(RowOf(image, step, y), alpha);
+  };
 }
 template <class T, class P>
 auto PlaneRows(P planes, int step) {
@@ -169,6 +191,38 @@ inline void StorePacked(uint8_t* p, const Lanes& v) {
     _mm_storel_epi64(reinterpret_cast<__m128i*>(p + 16), piece[1]);
   }
 }
+// Sixteen (or eight) 4-byte pixels: the first three bytes of each as components; the fourth
+// byte is loaded with its pixel but takes no part.
+template <int kPixels>
+inline Lanes LoadPacked4(const uint8_t* p) {
+  // Each piece of four pixels to [c0 x4, c1 x4, c2 x4, fourth bytes x4], then 32- and 64-bit
+  // unpacks gather the pieces.
+  const __m128i group = _mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
+  const __m128i* s = reinterpret_cast<const __m128i*>(p);
+  const __m128i q0 = _mm_shuffle_epi8(_mm_loadu_si128(s), group);
+  const __m128i q1 = _mm_shuffle_epi8(_mm_loadu_si128(s + 1), group);
+  const __m128i t0 = _mm_unpacklo_epi32(q0, q1), t1 = _mm_unpackhi_epi32(q0, q1);
+  if (kPixels == 8) return {t0, _mm_unpackhi_epi64(t0, t0), t1};
+  const __m128i q2 = _mm_shuffle_epi8(_mm_loadu_si128(s + 2), group);
+  const __m128i q3 = _mm_shuffle_epi8(_mm_loadu_si128(s + 3), group);
+  const __m128i t2 = _mm_unpacklo_epi32(q2, q3), t3 = _mm_unpackhi_epi32(q2, q3);
+  return {_mm_unpacklo_epi64(t0, t2), _mm_unpackhi_epi64(t0, t2), _mm_unpacklo_epi64(t1, t3)};
+}
+// Stores sixteen (or eight) 4-byte pixels: the three components, then `alpha` in every fourth
+// byte.
+template <int kPixels>
+inline void StorePacked4(uint8_t* p, const Lanes& v, int alpha) {
+  const __m128i a = _mm_set1_epi8(static_cast<char>(alpha));
+  __m128i* d = reinterpret_cast<__m128i*>(p);
+  const __m128i c01 = _mm_unpacklo_epi8(v.c0, v.c1), c2a = _mm_unpacklo_epi8(v.c2, a);
+  _mm_storeu_si128(d, _mm_unpacklo_epi16(c01, c2a));
+  _mm_storeu_si128(d + 1, _mm_unpackhi_epi16(c01, c2a));
+  if (kPixels == 16) {
+    const __m128i h01 = _mm_unpackhi_epi8(v.c0, v.c1), h2a = _mm_unpackhi_epi8(v.c2, a);
+    _mm_storeu_si128(d + 2, _mm_unpacklo_epi16(h01, h2a));
+    _mm_storeu_si128(d + 3, _mm_unpackhi_epi16(h01, h2a));
+  }
+}
 template <int kPixels>
 inline __m128i LoadPlane(const uint8_t* p) {
   return kPixels == 16 ? _mm_loadu_si128(reinterpret_cast<const __m128i*>(p))
@@ -203,23 +257,29 @@ inline Lanes ConvertBytes(const Lanes& in) {
           _mm_packus_epi16(lo.c2, hi.c2)};
 }
 
-// Packed rows have stride 3 (component k at ptr[k] = row + k, or row + 2 - k for rows stored
-// backwards such as BGR), planar rows stride 1.
+// Packed rows have stride 3 or 4 (component k at ptr[k] = row + k, or row + 2 - k for rows
+// stored backwards such as BGR), planar rows stride 1.
 template <int kPixels>
 inline Lanes Load(const Samples<const uint8_t>& s, int x) {
-  if (s.stride == 3) {
-    if (s.ptr[0] < s.ptr[2]) return LoadPacked<kPixels>(s.ptr[0] + 3 * x);
-    const Lanes v = LoadPacked<kPixels>(s.ptr[2] + 3 * x);  // components stored backwards
-    return {v.c2, v.c1, v.c0};
+  if (s.stride == 3 || s.stride == 4) {
+    const bool backwards = s.ptr[2] < s.ptr[0];
+    const uint8_t* row = backwards ? s.ptr[2] : s.ptr[0];
+    const Lanes v =
+        s.stride == 3 ? LoadPacked<kPixels>(row + 3 * x) : LoadPacked4<kPixels>(row + 4 * x);
+    return backwards ? Lanes{v.c2, v.c1, v.c0} : v;
   }
   return {LoadPlane<kPixels>(s.ptr[0] + x), LoadPlane<kPixels>(s.ptr[1] + x),
           LoadPlane<kPixels>(s.ptr[2] + x)};
 }
+// 4-byte destinations reach here only with an alpha value (see ConvertRowVector).
 template <int kPixels, int kOnly>
 inline void Store(const Samples<uint8_t>& d, int x, const Lanes& v) {
-  if (d.stride == 3) {
-    if (d.ptr[0] < d.ptr[2]) return StorePacked<kPixels>(d.ptr[0] + 3 * x, v);
-    return StorePacked<kPixels>(d.ptr[2] + 3 * x, {v.c2, v.c1, v.c0});  // stored backwards
+  if (d.stride == 3 || d.stride == 4) {
+    const bool backwards = d.ptr[2] < d.ptr[0];
+    uint8_t* row = backwards ? d.ptr[2] : d.ptr[0];
+    const Lanes w = backwards ? Lanes{v.c2, v.c1, v.c0} : v;
+    if (d.stride == 3) return StorePacked<kPixels>(row + 3 * x, w);
+    return StorePacked4<kPixels>(row + 4 * x, w, d.alpha);
   }
   if (kOnly < 0 || kOnly == 0) StorePlane<kPixels>(d.ptr[0] + x, v.c0);
   if (kOnly < 0 || kOnly == 1) StorePlane<kPixels>(d.ptr[1] + x, v.c1);
@@ -233,6 +293,10 @@ inline void Store(const Samples<uint8_t>& d, int x, const Lanes& v) {
 template <int kBlock, LaneFn kLanes, PixelFn kBlockFn, PixelFn kTailFn, int kOnly = -1,
           bool kTimes256 = false>
 void ConvertRowVector(Samples<const uint8_t> s, Samples<uint8_t> d, int width) {
+  // A vector store writes whole pixels: 4-byte destinations whose fourth byte must stay as it
+  // was run the scalar row.
+  if (d.stride == 4 && d.alpha < 0)
+    return ConvertRowScalar<kBlock, kBlockFn, kTailFn, kOnly>(s, d, width);
   const int body = width & ~(kBlock - 1);
   int x = 0;
   for (; x + 16 <= body; x += 16) Store<16, kOnly>(d, x, ConvertBytes<kLanes, kTimes256>(Load<16>(s, x)));

@@ -51,7 +51,23 @@ inline Lanes InverseLanesB(__m128i y, __m128i u, __m128i v) {
                          1),
           _mm_srai_epi16(_mm_adds_epi16(y2x, _mm_mulhi_epi16(u16x, Set16(16645))), 1)};
 }
-
+// R-C: the only block form with a rounding term; G subtracts both chroma terms in turn.
+inline Lanes InverseLanesC(__m128i y, __m128i u, __m128i v) {
+  const __m128i y8x = _mm_slli_epi16(y, 3);
+  const __m128i u128x = _mm_slli_epi16(_mm_subs_epi16(u, Set16(128)), 7);
+  const __m128i v128x = _mm_slli_epi16(_mm_subs_epi16(v, Set16(128)), 7);
+  const __m128i four = Set16(4);
+  return {
+      _mm_srai_epi16(_mm_adds_epi16(_mm_adds_epi16(y8x, _mm_mulhi_epi16(v128x, Set16(4669))), four),
+                     3),
+      _mm_srai_epi16(
+          _mm_adds_epi16(_mm_subs_epi16(_mm_subs_epi16(y8x, _mm_mulhi_epi16(v128x, Set16(2380))),
+                                        _mm_mulhi_epi16(u128x, Set16(1614))),
+                         four),
+          3),
+      _mm_srai_epi16(_mm_adds_epi16(_mm_adds_epi16(y8x, _mm_mulhi_epi16(u128x, Set16(8323))), four),
+                     3)};
+}
 #endif
 }  // namespace
 }  // namespace kro::yuv
@@ -174,12 +190,9 @@ kroStatus kroiYUVToRGB_8u_C3C4R(const Kro8u* src, int srcRowStep, Kro8u* dst, in
                                 KroSize roi, Kro8u alphaValue) {
   KRO_CHECK(CheckNull(src, dst));
   KRO_CHECK(CheckSize(roi));
-  for (int y = 0; y < roi.height; ++y) {
-    uint8_t* d = RowOf(dst, dstRowStep, y);
-    ConvertRowScalar<8, InverseBlockC, InverseTail3>(Packed(RowOf(src, srcRowStep, y), 3),
-                                                     Packed(d, 4), roi.width);
-    for (int x = 0; x < roi.width; ++x) d[4 * x + 3] = alphaValue;
-  }
+  EachRow(roi.height, PackedRows(src, srcRowStep, 3),
+          PackedAlphaRows<false>(dst, dstRowStep, alphaValue), roi.width,
+          KRO_MATRIX_ROW(8, InverseLanesC, InverseBlockC, InverseTail3));
   return kroStatusOk;
 }
 

@@ -1,0 +1,396 @@
+// Bayer samples to interleaved RGB, 8u and 16u. Integer only: every missing colour is a rounded
+// average of its nearest sites, except green at red and blue sites of the interior, which
+// follows the direction of the smaller gradient over two pixels.
+//
+// Notation of the averages around a site (all sums exact, rounding constant, then a shift):
+//   Mh = (W + E + 1) >> 1              Mv = (N + S + 1) >> 1
+//   M4 = (N + W + E + S + 2) >> 2      Md = (NW + NE + SW + SE + 2) >> 2
+#include "sensor/cfa_to_rgb.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+#include "frame/checks.h"
+#include "frame/entry.h"
+
+namespace kro::cfa {
+namespace {
+
+// ---- Frame: the two outer rows and columns on each side ---------------------------------------
+
+// One pixel of the frame. On an edge the missing neighbours are replaced: along the edge the
+// two neighbours A and B that exist, across it the one inward neighbour I; in a corner the one
+// neighbour of each direction. The second frame has all eight neighbours and takes the plain
+// averages, green at a red or blue site being M4.
+template <class T>
+void FramePixel(const Source<T>& s, int grid, int x, int y, T* out) {
+  const auto at = [&](int dx, int dy) -> uint32_t { return s.Row(y + dy)[x + dx]; };
+  const int site = SiteColour(grid, x, y);
+  const int other = kRed + kBlue - site;  // at a red or blue site, the missing one of the two
+  const bool edgeX = x == 0 || x == s.width - 1, edgeY = y == 0 || y == s.height - 1;
+  const int inX = x == 0 ? 1 : -1, inY = y == 0 ? 1 : -1;  // inward steps, used on edges only
+  uint32_t v[3];
+  v[site] = at(0, 0);
+  if (edgeX && edgeY) {
+    const uint32_t h = at(inX, 0), vert = at(0, inY);
+    if (site == kGreen) {
+      v[SiteColour(grid, x + 1, y)] = h;
+      v[SiteColour(grid, x, y + 1)] = vert;
+    } else {
+      v[kGreen] = (h + vert + 1) >> 1;
+      v[other] = at(inX, inY);
+    }
+  } else if (edgeX || edgeY) {
+    // (ax, ay) runs along the edge, (ix, iy) points inward.
+    const int ax = edgeY ? 1 : 0, ay = 1 - ax, ix = edgeX ? inX : 0, iy = edgeY ? inY : 0;
+    const uint32_t a = at(-ax, -ay), b = at(ax, ay), in = at(ix, iy);
+    if (site == kGreen) {
+      v[SiteColour(grid, x + ax, y + ay)] = (a + b + 1) >> 1;
+      v[SiteColour(grid, x + ix, y + iy)] = in;
+    } else {
+      v[kGreen] = (a + b + 2 * in + 2) >> 2;
+      v[other] = (at(ix - ax, iy - ay) + at(ix + ax, iy + ay) + 1) >> 1;
+    }
+  } else {
+    const uint32_t n = at(0, -1), w = at(-1, 0), e = at(1, 0), south = at(0, 1);
+    if (site == kGreen) {
+      v[SiteColour(grid, x + 1, y)] = (w + e + 1) >> 1;
+      v[SiteColour(grid, x, y + 1)] = (n + south + 1) >> 1;
+    } else {
+      v[kGreen] = (n + w + e + south + 2) >> 2;
+      v[other] = (at(-1, -1) + at(1, -1) + at(-1, 1) + at(1, 1) + 2) >> 2;
+    }
+  }
+  for (int c = 0; c < 3; ++c) out[c] = static_cast<T>(v[c]);
+}
+
+// ---- Interior, scalar -------------------------------------------------------------------------
+
+// Green at a red or blue site of the interior: along the direction of the smaller gradient,
+// the mean of all four neighbours when the gradients are equal.
+template <class T>
+uint32_t DirectionalGreen(const T* c, std::ptrdiff_t step) {
+  const int32_t dv = c[-2 * step] - c[2 * step], dh = c[-2] - c[2];
+  const uint32_t gv = dv < 0 ? -dv : dv, gh = dh < 0 ? -dh : dh;
+  if (gv > gh) return (c[-1] + c[1] + 1u) >> 1;
+  if (gh > gv) return (c[-step] + c[step] + 1u) >> 1;
+  return (c[-step] + c[-1] + c[1] + c[step] + 2u) >> 2;
+}
+
+// One interior row of n pixels starting at c, whose first site is green when kGreenFirst; the
+// row's other colour is kC (the colour of the rows above and below is the other of red and
+// blue).
+template <class T, bool kGreenFirst, int kC>
+void InteriorRowScalar(const T* c, std::ptrdiff_t step, int n, T* out) {
+  constexpr int kO = kRed + kBlue - kC;
+  for (int i = 0; i < n; ++i, ++c, out += 3) {
+    if ((i & 1) == (kGreenFirst ? 0 : 1)) {
+      out[kC] = static_cast<T>((c[-1] + c[1] + 1u) >> 1);
+      out[kGreen] = c[0];
+      out[kO] = static_cast<T>((c[-step] + c[step] + 1u) >> 1);
+    } else {
+      out[kC] = c[0];
+      out[kGreen] = static_cast<T>(DirectionalGreen(c, step));
+      out[kO] = static_cast<T>((c[-step - 1] + c[-step + 1] + c[step - 1] + c[step + 1] + 2u) >> 2);
+    }
+  }
+}
+
+// ---- Interior, vector -------------------------------------------------------------------------
+
+#if KRO_SIMD
+
+template <class T>
+struct Lanes;
+
+template <>
+struct Lanes<uint8_t> {
+  static constexpr int kCount = 16;
+  static __m128i Avg(__m128i a, __m128i b) { return _mm_avg_epu8(a, b); }
+  static __m128i SubSat(__m128i a, __m128i b) { return _mm_subs_epu8(a, b); }
+  static __m128i Sub(__m128i a, __m128i b) { return _mm_sub_epi8(a, b); }
+  static __m128i Equal(__m128i a, __m128i b) { return _mm_cmpeq_epi8(a, b); }
+  static __m128i One() { return _mm_set1_epi8(1); }
+  static __m128i EvenLanes() { return _mm_set1_epi16(0x00FF); }
+  // One bit per lane of a lane mask.
+  static int Bits(__m128i m) { return _mm_movemask_epi8(m); }
+};
+
+template <>
+struct Lanes<uint16_t> {
+  static constexpr int kCount = 8;
+  static __m128i Avg(__m128i a, __m128i b) { return _mm_avg_epu16(a, b); }
+  static __m128i SubSat(__m128i a, __m128i b) { return _mm_subs_epu16(a, b); }
+  static __m128i Sub(__m128i a, __m128i b) { return _mm_sub_epi16(a, b); }
+  static __m128i Equal(__m128i a, __m128i b) { return _mm_cmpeq_epi16(a, b); }
+  static __m128i One() { return _mm_set1_epi16(1); }
+  static __m128i EvenLanes() { return _mm_set1_epi32(0xFFFF); }
+  static int Bits(__m128i m) { return _mm_movemask_epi8(_mm_packs_epi16(m, m)) & 0xFF; }
+};
+
+template <class T>
+__m128i Load(const T* p) {
+  return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+}
+
+// m ? a : b, lane by lane.
+inline __m128i Select(__m128i m, __m128i a, __m128i b) {
+  return _mm_or_si128(_mm_and_si128(m, a), _mm_andnot_si128(m, b));
+}
+
+// |a - b| of unsigned lanes.
+template <class T>
+__m128i AbsDiff(__m128i a, __m128i b) {
+  return _mm_or_si128(Lanes<T>::SubSat(a, b), Lanes<T>::SubSat(b, a));
+}
+
+// (a + b + c + d + 2) >> 2 exactly, from rounding averages in the sample's own width: the mean
+// of the two rounded pair means rounds up once too often exactly when a pair sum was odd and
+// the two pair means differ in their low bit, and that is taken off.
+template <class T>
+__m128i Mean4(__m128i a, __m128i b, __m128i c, __m128i d) {
+  using L = Lanes<T>;
+  const __m128i ab = L::Avg(a, b), cd = L::Avg(c, d);
+  const __m128i oddPair = _mm_or_si128(_mm_xor_si128(a, b), _mm_xor_si128(c, d));
+  const __m128i excess = _mm_and_si128(_mm_and_si128(oddPair, _mm_xor_si128(ab, cd)), L::One());
+  return L::Sub(L::Avg(ab, cd), excess);
+}
+
+// pshufb controls that interleave three channel vectors into three vectors of R, G, B samples
+// of kBytes bytes each: [output vector][channel][byte].
+struct InterleaveControls {
+  int8_t m[3][3][16];
+};
+
+constexpr InterleaveControls MakeInterleave(int kBytes) {
+  InterleaveControls t{};
+  for (int j = 0; j < 3; ++j)
+    for (int ch = 0; ch < 3; ++ch)
+      for (int b = 0; b < 16; ++b) {
+        const int at = 16 * j + b, sample = at / kBytes;
+        t.m[j][ch][b] =
+            static_cast<int8_t>(sample % 3 == ch ? (sample / 3) * kBytes + at % kBytes : -128);
+      }
+  return t;
+}
+
+template <class T>
+inline constexpr InterleaveControls kInterleave = MakeInterleave(sizeof(T));
+
+template <class T>
+void StoreInterleaved(T* out, const __m128i (&ch)[3]) {
+  for (int j = 0; j < 3; ++j) {
+    const auto* m = kInterleave<T>.m[j];
+    const __m128i v = _mm_or_si128(
+        _mm_or_si128(
+            _mm_shuffle_epi8(ch[0], _mm_loadu_si128(reinterpret_cast<const __m128i*>(m[0]))),
+            _mm_shuffle_epi8(ch[1], _mm_loadu_si128(reinterpret_cast<const __m128i*>(m[1])))),
+        _mm_shuffle_epi8(ch[2], _mm_loadu_si128(reinterpret_cast<const __m128i*>(m[2]))));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out) + j, v);
+  }
+}
+
+// One block of Lanes<T>::kCount interior pixels of a row, starting at c on a site of the row's
+// first colour (see InteriorRowScalar). The plain averages are rounding averages of all lanes;
+// the gradient test runs on all lanes at once, and the lanes where the gradients tie are
+// patched afterwards one by one with the scalar M4.
+template <class T, bool kGreenFirst, int kC>
+void InteriorBlock(const T* c, std::ptrdiff_t step, T* out) {
+  using L = Lanes<T>;
+  constexpr int kO = kRed + kBlue - kC;
+  const T* up = c - step;
+  const T* down = c + step;
+  const __m128i centre = Load(c), west = Load(c - 1), east = Load(c + 1);
+  const __m128i north = Load(up), south = Load(down);
+  const __m128i mh = L::Avg(west, east), mv = L::Avg(north, south);
+  const __m128i md = Mean4<T>(Load(up - 1), Load(up + 1), Load(down - 1), Load(down + 1));
+  const __m128i dv = AbsDiff<T>(Load(c - 2 * step), Load(c + 2 * step));
+  const __m128i dh = AbsDiff<T>(Load(c - 2), Load(c + 2));
+  const __m128i zero = _mm_setzero_si128();
+  const __m128i vertSteeper =
+      _mm_xor_si128(L::Equal(L::SubSat(dv, dh), zero), L::Equal(zero, zero));
+  const __m128i green = Select(vertSteeper, mh, mv);
+  const __m128i colourSite =
+      kGreenFirst ? _mm_andnot_si128(L::EvenLanes(), L::Equal(zero, zero)) : L::EvenLanes();
+  __m128i ch[3];
+  ch[kC] = Select(colourSite, centre, mh);
+  ch[kGreen] = Select(colourSite, green, centre);
+  ch[kO] = Select(colourSite, md, mv);
+  StoreInterleaved(out, ch);
+  for (int ties = L::Bits(_mm_and_si128(L::Equal(dv, dh), colourSite)); ties != 0;
+       ties &= ties - 1) {
+    const int i = __builtin_ctz(static_cast<unsigned>(ties));
+    const T* p = c + i;
+    out[3 * i + kGreen] = static_cast<T>((p[-step] + p[-1] + p[1] + p[step] + 2u) >> 2);
+  }
+}
+
+// One interior row: whole blocks, then the remainder pixel by pixel. Blocks hold an even number
+// of pixels, so the remainder starts on a site of the row's first colour.
+template <class T, bool kGreenFirst, int kC>
+void InteriorRowVector(const T* c, std::ptrdiff_t step, int n, T* out) {
+  constexpr int kBlock = Lanes<T>::kCount;
+  int i = 0;
+  for (; i + kBlock <= n; i += kBlock) InteriorBlock<T, kGreenFirst, kC>(c + i, step, out + 3 * i);
+  InteriorRowScalar<T, kGreenFirst, kC>(c + i, step, n - i, out + 3 * i);
+}
+
+// Two rows at a time: the same block of columns of both rows in one turn.
+template <class T, bool kGreenFirst, int kC>
+void InteriorPairVector(const T* c, std::ptrdiff_t step, int n, T* out, std::ptrdiff_t outStep) {
+  constexpr int kBlock = Lanes<T>::kCount;
+  constexpr int kC2 = kRed + kBlue - kC;
+  int i = 0;
+  for (; i + kBlock <= n; i += kBlock) {
+    InteriorBlock<T, kGreenFirst, kC>(c + i, step, out + 3 * i);
+    InteriorBlock<T, !kGreenFirst, kC2>(c + step + i, step, out + outStep + 3 * i);
+  }
+  InteriorRowScalar<T, kGreenFirst, kC>(c + i, step, n - i, out + 3 * i);
+  InteriorRowScalar<T, !kGreenFirst, kC2>(c + step + i, step, n - i, out + outStep + 3 * i);
+}
+
+#endif  // KRO_SIMD
+
+// One of the four interior kernels: the first row's first site is green when kGreenFirst, its
+// other colour kC; the next row has the other pair. Rows go two at a time, a last odd row alone.
+template <class T, bool kVector, bool kGreenFirst, int kC>
+void InteriorKernel(const Source<T>& s, int x0, int y0, int x1, int y1, T* dst,
+                    std::ptrdiff_t dstStep) {
+  constexpr int kC2 = kRed + kBlue - kC;
+  const int n = x1 - x0 + 1;
+  int y = y0;
+  for (; y < y1; y += 2, dst += 2 * dstStep) {
+    const T* c = s.Row(y) + x0;
+#if KRO_SIMD
+    if constexpr (kVector) {
+      InteriorPairVector<T, kGreenFirst, kC>(c, s.step, n, dst, dstStep);
+      continue;
+    }
+#endif
+    InteriorRowScalar<T, kGreenFirst, kC>(c, s.step, n, dst);
+    InteriorRowScalar<T, !kGreenFirst, kC2>(c + s.step, s.step, n, dst + dstStep);
+  }
+  if (y == y1) {
+#if KRO_SIMD
+    if constexpr (kVector) {
+      InteriorRowVector<T, kGreenFirst, kC>(s.Row(y) + x0, s.step, n, dst);
+      return;
+    }
+#endif
+    InteriorRowScalar<T, kGreenFirst, kC>(s.Row(y) + x0, s.step, n, dst);
+  }
+}
+
+// Picks the kernel by the colours at (x0, y0) and (x0 + 1, y0): the grid and the parity of the
+// interior's origin, which is an absolute position in the image.
+template <class T, bool kVector>
+void Interior(const Source<T>& s, int grid, int x0, int y0, int x1, int y1, T* dst,
+              std::ptrdiff_t dstStep) {
+  const int first = SiteColour(grid, x0, y0), second = SiteColour(grid, x0 + 1, y0);
+  if (first == kGreen) {
+    if (second == kRed) {
+      InteriorKernel<T, kVector, true, kRed>(s, x0, y0, x1, y1, dst, dstStep);
+    } else {
+      InteriorKernel<T, kVector, true, kBlue>(s, x0, y0, x1, y1, dst, dstStep);
+    }
+  } else if (first == kRed) {
+    InteriorKernel<T, kVector, false, kRed>(s, x0, y0, x1, y1, dst, dstStep);
+  } else {
+    InteriorKernel<T, kVector, false, kBlue>(s, x0, y0, x1, y1, dst, dstStep);
+  }
+}
+
+// ---- Whole window -----------------------------------------------------------------------------
+
+// The window trimmed to the image; the frame first (rows 0 and 1, columns 0, 1, width - 2 and
+// width - 1 between rows 2 and height - 3, rows height - 2 and height - 1, each where the window
+// reaches it), then the interior. On images of two or three rows or columns some of these lines
+// coincide and their pixels are written twice with the same values.
+template <class T>
+void ConvertWindow(const Source<T>& s, int grid, KroRect r, T* dst, std::ptrdiff_t dstStep) {
+  if (r.x >= s.width || r.y >= s.height) return;
+  const int xEnd = static_cast<int>(std::min<int64_t>(int64_t{r.x} + r.width, s.width));
+  const int yEnd = static_cast<int>(std::min<int64_t>(int64_t{r.y} + r.height, s.height));
+  const auto out = [&](int x, int y) {
+    return dst + static_cast<std::ptrdiff_t>(y - r.y) * dstStep +
+           static_cast<std::ptrdiff_t>(x - r.x) * 3;
+  };
+  const auto frameRow = [&](int y) {
+    if (y < r.y || y >= yEnd) return;
+    for (int x = r.x; x < xEnd; ++x) FramePixel(s, grid, x, y, out(x, y));
+  };
+  const auto frameColumn = [&](int x) {
+    if (x < r.x || x >= xEnd) return;
+    const int last = std::min(yEnd - 1, s.height - 3);
+    for (int y = std::max(r.y, 2); y <= last; ++y) FramePixel(s, grid, x, y, out(x, y));
+  };
+  frameRow(0);
+  if (s.height >= 3) frameRow(1);
+  frameColumn(0);
+  frameColumn(1);
+  frameColumn(s.width - 2);
+  frameColumn(s.width - 1);
+  frameRow(s.height - 2);
+  frameRow(s.height - 1);
+
+  const int x0 = std::max(r.x, 2), y0 = std::max(r.y, 2);
+  const int x1 = std::min(xEnd - 1, s.width - 3), y1 = std::min(yEnd - 1, s.height - 3);
+  if (x1 < x0 || y1 < y0) return;
+  Interior<T, KRO_SIMD != 0>(s, grid, x0, y0, x1, y1, out(x0, y0), dstStep);
+}
+
+template <class T>
+kroStatus CfaToRgb(const T* src, KroRect srcRect, KroSize srcSize, int srcStep, T* dst, int dstStep,
+                   int grid) {
+  KRO_CHECK(CheckNull(src, dst));
+  KRO_CHECK(CheckSize(srcSize, 2, 2));
+  if (grid < 0 || grid > 3) return kroStatusBadArgument;
+  // Byte steps become element steps; a 16-bit step loses its low bit.
+  constexpr int kShift = sizeof(T) == 2 ? 1 : 0;
+  const Source<T> s{src, static_cast<std::ptrdiff_t>(srcStep >> kShift), srcSize.width,
+                    srcSize.height};
+  ConvertWindow(s, grid, srcRect, dst, static_cast<std::ptrdiff_t>(dstStep >> kShift));
+  return kroStatusOk;
+}
+
+}  // namespace
+
+template <class T>
+void InteriorScalar(const Source<T>& s, int grid, int x0, int y0, int x1, int y1, T* dst,
+                    std::ptrdiff_t dstStep) {
+  Interior<T, false>(s, grid, x0, y0, x1, y1, dst, dstStep);
+}
+template void InteriorScalar(const Source<uint8_t>&, int, int, int, int, int, uint8_t*,
+                             std::ptrdiff_t);
+template void InteriorScalar(const Source<uint16_t>&, int, int, int, int, int, uint16_t*,
+                             std::ptrdiff_t);
+
+#if KRO_SIMD
+template <class T>
+void InteriorVector(const Source<T>& s, int grid, int x0, int y0, int x1, int y1, T* dst,
+                    std::ptrdiff_t dstStep) {
+  Interior<T, true>(s, grid, x0, y0, x1, y1, dst, dstStep);
+}
+template void InteriorVector(const Source<uint8_t>&, int, int, int, int, int, uint8_t*,
+                             std::ptrdiff_t);
+template void InteriorVector(const Source<uint16_t>&, int, int, int, int, int, uint16_t*,
+                             std::ptrdiff_t);
+#endif
+
+}  // namespace kro::cfa
+
+namespace kro::wrap {
+
+// interpolation names a method; there is one, and the argument is read by nothing.
+kroStatus kroiCFAToRGB_8u_C1C3R(const Kro8u* src, KroRect srcRect, KroSize srcSize, int srcStep,
+                                Kro8u* dst, int dstStep, int grid, int /*interpolation*/) {
+  return cfa::CfaToRgb(src, srcRect, srcSize, srcStep, dst, dstStep, grid);
+}
+
+kroStatus kroiCFAToRGB_16u_C1C3R(const Kro16u* src, KroRect srcRect, KroSize srcSize, int srcStep,
+                                 Kro16u* dst, int dstStep, int grid, int /*interpolation*/) {
+  return cfa::CfaToRgb(src, srcRect, srcSize, srcStep, dst, dstStep, grid);
+}
+
+}  // namespace kro::wrap

@@ -1,0 +1,348 @@
+// Adaptive homogeneity-directed demosaicing of a Bayer plane, 8u and 16u.
+//
+// Every pixel is interpolated twice: once with green taken along the row (the horizontal
+// result), once along the column (the vertical result); red and blue of each result follow
+// from its own green by colour differences. Both results go to a luma-chroma space (BT.601
+// studio weights without offsets); each pixel counts, per result, how many of its four
+// neighbours lie within the thresholds eY (luma) and eC (squared chroma distance), and its vote
+// is the horizontal count minus the vertical one. The nine votes of the 3 x 3 window decide:
+// negative takes the vertical result, positive the horizontal one, zero repeats the last
+// decision of the row's run (a run starts on the horizontal side). All arithmetic is signed
+// 32-bit; in the 16-bit form a squared chroma distance of a large step wraps and is compared
+// as the signed value it wraps to.
+//
+// Reads outside the image are mirrored about its first and last row and column (the mirror
+// keeps each position's colour). The region is cut into an interior strip, which starts on a
+// red site with even width and height and reads the image directly, and up to four border
+// strips read through the mirror. The tie memory restarts at the first column of each strip
+// in every row, so the partition is part of the result.
+//
+// Scratch is the caller's: 30 rows tmpStep bytes apart, used as rings (green of each result,
+// five rows each; red and blue of each result and the votes, four rows each). A strip of w
+// computed columns uses w + 6 entries per row, entry c standing for column xs - 3 + c; entries
+// are samples (votes are signed bytes).
+//
+// Small regions: the strip table can give a strip that starts above or left of the region, or
+// reaches past it. Such a strip keeps its first column (where its tie memory starts) but only
+// the pixels inside the region are computed to the end and written: nothing outside the
+// region is ever written. Every strip then computes at most max(width, 6) columns, so tmpStep
+// of (max(region width, 6) + 6) samples is enough.
+#include "sensor/demosaic_ahd.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "frame/checks.h"
+#include "frame/entry.h"
+
+namespace kro::ahd {
+
+// Grid codes 0..3 name the colours at (0,0), (1,0) / (0,1), (1,1): B G / G R, R G / G B,
+// G B / R G, G R / B G; these are the position codes 2, 0, 1, 3.
+int PositionCode(int grid, int x, int y) {
+  static constexpr int kCodeAtOrigin[4] = {2, 0, 1, 3};
+  int p = kCodeAtOrigin[grid & 3];
+  if (x & 1) p ^= 3;
+  if (y & 1) p ^= 1;
+  return p;
+}
+
+Plan PlanStrips(KroRect rect, KroSize size, int grid) {
+  Plan plan{};
+  const int wd = size.width, ht = size.height;
+  // A negative origin moves to the edge; its width is not shortened.
+  const int x1 = std::max(rect.x, 0), y1 = std::max(rect.y, 0);
+  const int w1 = std::min(rect.width, wd - x1), h1 = std::min(rect.height, ht - y1);
+  plan.x1 = x1, plan.y1 = y1, plan.w1 = w1, plan.h1 = h1;
+  plan.empty = w1 < 1 || h1 < 1;
+  if (plan.empty) return plan;
+  int x0 = std::max(x1, 5), y0 = std::max(y1, 5);
+  int wI = std::min(wd - 5, x1 + w1) - x0;
+  int hI = std::min(ht - 5, y1 + h1) - y0;
+  int p = PositionCode(grid, x0, y0);
+  if (p == 2 || p == 3) {  // blue or green-in-red-row: one column on, to a red or green-blue site
+    ++x0, --wI;
+    p = (p & 3) ^ 3;
+  }
+  wI &= ~1;  // no clamp at zero: a negative width stays negative (-5 becomes -6)
+  if (p != 0) ++y0, --hI;
+  hI &= ~1;
+  plan.strips[0] = {x0, y0, wI, hI};
+  plan.strips[1] = {x1, y1, w1, y0 - y1};
+  plan.strips[2] = {x1, y0 + hI, w1, y1 + h1 - (y0 + hI)};
+  plan.strips[3] = {x1, y0, x0 - x1, hI};
+  plan.strips[4] = {x0 + wI, y0, x1 + w1 - (x0 + wI), hI};
+  return plan;
+}
+
+namespace {
+
+// A position reflected into 0..n-1 (n >= 5). Reflection keeps the parity, so the colour.
+inline int Fold(int v, int n) {
+  const int last = n - 1;
+  while (v < 0 || v > last) v = v < 0 ? -v : 2 * last - v;
+  return v;
+}
+
+// Scratch entries are samples at any byte address.
+template <class T>
+inline int Get(const uint8_t* row, int c) {
+  T v;
+  std::memcpy(&v, row + static_cast<std::ptrdiff_t>(c) * sizeof(T), sizeof(T));
+  return v;
+}
+template <class T>
+inline void Put(uint8_t* row, int c, int v) {
+  const T t = static_cast<T>(v);
+  std::memcpy(row + static_cast<std::ptrdiff_t>(c) * sizeof(T), &t, sizeof(T));
+}
+
+// Green at a red or blue site from its two neighbours a, b and the samples a2, b2 two away on
+// the same line: average plus a quarter of the second difference, kept between a and b.
+inline int Green(int a, int b, int a2, int b2, int c) {
+  const int g = ((a + b) >> 1) + ((2 * c - a2 - b2) >> 2);
+  const int lo = std::min(a, b), hi = std::max(a, b);
+  return g < lo ? lo : (g > hi ? hi : g);
+}
+
+struct Ycc {
+  int y, cb, cr;
+};
+inline Ycc ToYcc(int r, int g, int b) {
+  return {(66 * r + 129 * g + 25 * b + 128) >> 8, (-38 * r - 74 * g + 112 * b + 128) >> 8,
+          (112 * r - 94 * g - 18 * b + 128) >> 8};
+}
+inline int DiffY(const Ycc& a, const Ycc& b) { return std::abs(a.y - b.y); }
+// Squared chroma distance in 32 bits; a large 16-bit step wraps, and the wrapped value is
+// compared as signed.
+inline int32_t DiffC(const Ycc& a, const Ycc& b) {
+  const uint32_t dcb = static_cast<uint32_t>(a.cb - b.cb), dcr = static_cast<uint32_t>(a.cr - b.cr);
+  return static_cast<int32_t>(dcb * dcb + dcr * dcr);
+}
+
+// The ring rows of the scratch.
+enum : int {
+  kGreenV = 0,   // rows 0, 2, 4, 6, 8 (ring of 5); green of the horizontal result one row on
+  kColour = 10,  // rows 10 + 5j: red V, red H, blue V, blue H, votes (ring of 4)
+};
+
+template <class T>
+struct Job {
+  const T* src;
+  std::ptrdiff_t srcStep;  // elements
+  int wd, ht;
+  T* dst;                  // pixel (x1, y1) of the region
+  std::ptrdiff_t dstStep;  // elements
+  int x1, y1;
+  uint8_t* tmp;
+  std::ptrdiff_t tmpStep;  // bytes
+  int pGrid;               // position code at (0, 0)
+};
+
+// One strip: columns [xs, xe) and rows [ys, ye) are computed, the tie memory of each row
+// starting at xs; pixels at columns from job.x1 on are written. kFold reads through the mirror;
+// without it the reads must lie inside the image.
+template <class T, bool kFold>
+class StripRun {
+ public:
+  static constexpr int kMax = sizeof(T) == 1 ? 255 : 65535;
+
+  StripRun(const Job<T>& job, int xs, int xe) : j_(job), xs_(xs), n_(xe - xs + 6) {}
+
+  void Run(int ys, int ye) {
+    // Step t makes green and raw colour of row ys - 3 + t, fills the colours of the row above,
+    // votes two rows above and finishes the row three above.
+    for (int t = 0; t <= ye - ys + 5; ++t) {
+      const int q = ys - 3 + t;
+      MakeGreenAndRaw(q, t);
+      if (t >= 2) FillColours(q - 1, t - 1);
+      if (t >= 4) Vote(q - 2, t - 2);
+      if (t >= 6) Finish(q - 3, t - 3);
+    }
+  }
+
+ private:
+  uint8_t* Row(int k) const { return j_.tmp + k * j_.tmpStep; }
+  uint8_t* GreenRow(int t, int h) const { return Row(2 * (t % 5) + h); }  // h: 0 V, 1 H
+  // colour: 0 red, 1 blue; h: 0 V, 1 H
+  uint8_t* ColourRow(int t, int colour, int h) const {
+    return Row(kColour + 5 * (t % 4) + 2 * colour + h);
+  }
+  int8_t* VoteRow(int t) const { return reinterpret_cast<int8_t*>(Row(kColour + 5 * (t % 4) + 4)); }
+
+  const T* SrcRow(int y) const { return j_.src + (kFold ? Fold(y, j_.ht) : y) * j_.srcStep; }
+  int Col(int x) const { return kFold ? Fold(x, j_.wd) : x; }
+  int RowCode(int y) const { return j_.pGrid ^ (y & 1); }
+
+  void MakeGreenAndRaw(int q, int t) {
+    const T* r0 = SrcRow(q);
+    const T *rm1 = SrcRow(q - 1), *rp1 = SrcRow(q + 1), *rm2 = SrcRow(q - 2), *rp2 = SrcRow(q + 2);
+    uint8_t *gv = GreenRow(t, 0), *gh = GreenRow(t, 1);
+    const int rowCode = RowCode(q);
+    // raw samples go to both results' rows of their colour
+    const int rawColour = (rowCode == 0 || rowCode == 3) ? 0 : 1;  // red in this row, or blue
+    uint8_t *xv = ColourRow(t, rawColour, 0), *xh = ColourRow(t, rawColour, 1);
+    for (int c = 0; c < n_; ++c) {
+      const int x = xs_ - 3 + c;
+      const int code = rowCode ^ ((x & 1) * 3);
+      const int cx = Col(x);
+      const int s = r0[cx];
+      if (code & 1) {
+        Put<T>(gv, c, s);
+        Put<T>(gh, c, s);
+      } else {
+        Put<T>(gh, c, Green(r0[Col(x - 1)], r0[Col(x + 1)], r0[Col(x - 2)], r0[Col(x + 2)], s));
+        Put<T>(gv, c, Green(rm1[cx], rp1[cx], rm2[cx], rp2[cx], s));
+        Put<T>(xv, c, s);
+        Put<T>(xh, c, s);
+      }
+    }
+  }
+
+  // Red and blue of row i (ring position t) in both results, from raw samples of rows i - 1,
+  // i, i + 1 and the result's green there.
+  void FillColours(int i, int t) {
+    const int rowCode = RowCode(i);
+    for (int h = 0; h < 2; ++h) {
+      const uint8_t *gu = GreenRow(t - 1, h), *g0 = GreenRow(t, h), *gd = GreenRow(t + 1, h);
+      for (int colour = 0; colour < 2; ++colour) {
+        const int own = colour == 0 ? 0 : 2;    // code of the colour's sites
+        const int inRow = colour == 0 ? 3 : 1;  // code of green sites in a row of the colour
+        const uint8_t *xu = ColourRow(t - 1, colour, h), *xd = ColourRow(t + 1, colour, h);
+        uint8_t* x0 = ColourRow(t, colour, h);
+        for (int c = 1; c < n_ - 1; ++c) {
+          const int code = rowCode ^ (((xs_ - 3 + c) & 1) * 3);
+          if (code == own) continue;
+          const int g = Get<T>(g0, c);
+          int v;
+          if (code == inRow) {
+            v = g + (((Get<T>(x0, c - 1) - Get<T>(g0, c - 1)) +
+                      (Get<T>(x0, c + 1) - Get<T>(g0, c + 1))) >>
+                     1);
+          } else if (code & 1) {
+            v = g + (((Get<T>(xu, c) + Get<T>(xd, c)) - (Get<T>(gu, c) + Get<T>(gd, c))) >> 1);
+          } else {
+            const int sx =
+                Get<T>(xu, c - 1) + Get<T>(xu, c + 1) + Get<T>(xd, c - 1) + Get<T>(xd, c + 1);
+            const int sg =
+                Get<T>(gu, c - 1) + Get<T>(gu, c + 1) + Get<T>(gd, c - 1) + Get<T>(gd, c + 1);
+            v = g + ((sx - sg) >> 2);
+          }
+          Put<T>(x0, c, v < 0 ? 0 : (v > kMax ? kMax : v));
+        }
+      }
+    }
+  }
+
+  Ycc YccAt(int t, int h, int c) const {
+    return ToYcc(Get<T>(ColourRow(t, 0, h), c), Get<T>(GreenRow(t, h), c),
+                 Get<T>(ColourRow(t, 1, h), c));
+  }
+
+  // Votes of row v (ring position t) for columns xs - 1 .. xe.
+  void Vote(int /*v*/, int t) {
+    int8_t* out = VoteRow(t);
+    Ycc lh = YccAt(t, 1, 1), lv = YccAt(t, 0, 1);
+    Ycc mh = YccAt(t, 1, 2), mv = YccAt(t, 0, 2);
+    for (int c = 2; c < n_ - 2; ++c) {
+      const Ycc rh = YccAt(t, 1, c + 1), rv = YccAt(t, 0, c + 1);
+      const Ycc uh = YccAt(t - 1, 1, c), uv = YccAt(t - 1, 0, c);
+      const Ycc dh = YccAt(t + 1, 1, c), dv = YccAt(t + 1, 0, c);
+      const int yhl = DiffY(mh, lh), yhr = DiffY(mh, rh), yhu = DiffY(mh, uh), yhd = DiffY(mh, dh);
+      const int yvl = DiffY(mv, lv), yvr = DiffY(mv, rv), yvu = DiffY(mv, uv), yvd = DiffY(mv, dv);
+      const int32_t chl = DiffC(mh, lh), chr = DiffC(mh, rh), chu = DiffC(mh, uh),
+                    chd = DiffC(mh, dh);
+      const int32_t cvl = DiffC(mv, lv), cvr = DiffC(mv, rv), cvu = DiffC(mv, uv),
+                    cvd = DiffC(mv, dv);
+      const int eY = std::min(std::max(yhl, yhr), std::max(yvu, yvd));
+      const int32_t eC = std::min(std::max(cvu, cvd), std::max(chl, chr));
+      const int countH = (yhl <= eY && chl <= eC) + (yhr <= eY && chr <= eC) +
+                         (yhu <= eY && chu <= eC) + (yhd <= eY && chd <= eC);
+      const int countV = (yvl <= eY && cvl <= eC) + (yvr <= eY && cvr <= eC) +
+                         (yvu <= eY && cvu <= eC) + (yvd <= eY && cvd <= eC);
+      out[c] = static_cast<int8_t>(countH - countV);
+      lh = mh, lv = mv, mh = rh, mv = rv;
+    }
+  }
+
+  // Output row o (ring position t): the 3 x 3 vote sum picks the result, ties keep the last
+  // decision of this row's run, which starts horizontal.
+  void Finish(int o, int t) {
+    const int8_t *vu = VoteRow(t - 1), *v0 = VoteRow(t), *vd = VoteRow(t + 1);
+    T* out = j_.dst + (o - j_.y1) * j_.dstStep;
+    int prev = 1;
+    int left = vu[2] + v0[2] + vd[2], mid = vu[3] + v0[3] + vd[3];
+    for (int c = 3; c < n_ - 3; ++c) {
+      const int right = vu[c + 1] + v0[c + 1] + vd[c + 1];
+      int s = left + mid + right;
+      left = mid, mid = right;
+      if (s == 0) s = prev;
+      prev = s;
+      const int x = xs_ - 3 + c;
+      if (x < j_.x1) continue;
+      const int h = s < 0 ? 0 : 1;
+      T* px = out + 3 * static_cast<std::ptrdiff_t>(x - j_.x1);
+      px[0] = static_cast<T>(Get<T>(ColourRow(t, 0, h), c));
+      px[1] = static_cast<T>(Get<T>(GreenRow(t, h), c));
+      px[2] = static_cast<T>(Get<T>(ColourRow(t, 1, h), c));
+    }
+  }
+
+  const Job<T>& j_;
+  int xs_, n_;
+};
+
+template <class T>
+kroStatus Demosaic(const T* src, KroRect srcRect, KroSize srcSize, int srcStep, T* dst, int dstStep,
+                   int grid, Kro8u* tmp, int tmpStep) {
+  KRO_CHECK(CheckNull(src, dst));
+  KRO_CHECK(CheckSize(srcSize, 5, 5));
+  if (grid < 0 || grid > 3) return kroStatusBadArgument;
+  const Plan plan = PlanStrips(srcRect, srcSize, grid);
+  if (plan.empty) return kroStatusOk;
+  constexpr bool kWide = sizeof(T) == 2;
+  Job<T> job;
+  job.src = src;
+  job.srcStep = kWide ? (srcStep >> 1) : srcStep;
+  job.wd = srcSize.width, job.ht = srcSize.height;
+  job.dst = dst;
+  job.dstStep = kWide ? dstStep / 2 : dstStep;  // rounds towards zero
+  job.x1 = plan.x1, job.y1 = plan.y1;
+  job.tmp = tmp;
+  job.tmpStep = kWide ? (tmpStep & ~1) : tmpStep;
+  job.pGrid = PositionCode(grid, 0, 0);
+  const int xEnd = plan.x1 + plan.w1, yEnd = plan.y1 + plan.h1;
+  for (int i = 0; i < 5; ++i) {
+    const Strip& s = plan.strips[i];
+    if (s.width < 1 || s.height < 1) continue;
+    const int xe = std::min(s.x + s.width, xEnd);
+    const int ys = std::max(s.y, plan.y1), ye = std::min(s.y + s.height, yEnd);
+    if (xe <= std::max(s.x, plan.x1) || ye <= ys) continue;
+    if (i == 0) {
+      StripRun<T, false>(job, s.x, xe).Run(ys, ye);
+    } else {
+      StripRun<T, true>(job, s.x, xe).Run(ys, ye);
+    }
+  }
+  return kroStatusOk;
+}
+
+}  // namespace
+}  // namespace kro::ahd
+
+namespace kro::wrap {
+
+kroStatus kroiDemosaicAHD_8u_C1C3R(const Kro8u* src, KroRect srcRect, KroSize srcSize, int srcStep,
+                                   Kro8u* dst, int dstStep, int grid, Kro8u* tmp, int tmpStep) {
+  return ahd::Demosaic<Kro8u>(src, srcRect, srcSize, srcStep, dst, dstStep, grid, tmp, tmpStep);
+}
+
+kroStatus kroiDemosaicAHD_16u_C1C3R(const Kro16u* src, KroRect srcRect, KroSize srcSize,
+                                    int srcStep, Kro16u* dst, int dstStep, int grid, Kro8u* tmp,
+                                    int tmpStep) {
+  return ahd::Demosaic<Kro16u>(src, srcRect, srcSize, srcStep, dst, dstStep, grid, tmp, tmpStep);
+}
+
+}  // namespace kro::wrap
