@@ -358,6 +358,44 @@ KROAPI kroStatus kroiYUV420ToRGB_8u_P3C3(const Kro8u* const srcPlanes[3], Kro8u*
                                          KroSize roi);
 
 /* ==== Gamma, 32f by formula ================================================================ */
+/* The BT.709 transfer curve (forward) and its inverse computed per colour sample over the
+ * caller's range vMin..vMax (range = vMax - vMin, d = v - vMin, x = d / range):
+ *   forward: x < 0.018 ? 4.5 d + vMin : (1.099 x^0.45 - 0.099) range + vMin
+ *   inverse: x < 0.0812 ? d / 4.5 + vMin : ((x + 0.099) / 1.099)^(1/0.45) range + vMin
+ * Samples are not clamped to the range. The forms keep their own arithmetic: the reciprocal of
+ * the range is single or double precision per form; forward AC4R and AC4IR add vMin a second
+ * time on the curve branch; inverse C3R, P3R and IP3R do not multiply the curve by the range.
+ * AC4 forms leave alpha untouched; C3IR, AC4IR and IP3R work in place.
+ * Checks, in order: kroStatusBadGammaRange (0 >= vMax - vMin; before any pointer test; a NaN
+ * passes), kroStatusNullPointer (including each plane pointer), kroStatusBadSize (width or
+ * height below 1), kroStatusBadStep (a step below 1). Steps are in bytes. */
+
+KROAPI kroStatus kroiGammaFwd_32f_C3R(const Kro32f* src, int srcStep, Kro32f* dst, int dstStep,
+                                      KroSize roi, Kro32f vMin, Kro32f vMax);
+KROAPI kroStatus kroiGammaFwd_32f_C3IR(Kro32f* image, int step, KroSize roi, Kro32f vMin,
+                                       Kro32f vMax);
+KROAPI kroStatus kroiGammaFwd_32f_AC4R(const Kro32f* src, int srcStep, Kro32f* dst, int dstStep,
+                                       KroSize roi, Kro32f vMin, Kro32f vMax);
+KROAPI kroStatus kroiGammaFwd_32f_AC4IR(Kro32f* image, int step, KroSize roi, Kro32f vMin,
+                                        Kro32f vMax);
+KROAPI kroStatus kroiGammaFwd_32f_P3R(const Kro32f* const srcPlanes[3], int srcStep,
+                                      Kro32f* const dstPlanes[3], int dstStep, KroSize roi,
+                                      Kro32f vMin, Kro32f vMax);
+KROAPI kroStatus kroiGammaFwd_32f_IP3R(Kro32f* const planes[3], int step, KroSize roi,
+                                       Kro32f vMin, Kro32f vMax);
+KROAPI kroStatus kroiGammaInv_32f_C3R(const Kro32f* src, int srcStep, Kro32f* dst, int dstStep,
+                                      KroSize roi, Kro32f vMin, Kro32f vMax);
+KROAPI kroStatus kroiGammaInv_32f_C3IR(Kro32f* image, int step, KroSize roi, Kro32f vMin,
+                                       Kro32f vMax);
+KROAPI kroStatus kroiGammaInv_32f_AC4R(const Kro32f* src, int srcStep, Kro32f* dst, int dstStep,
+                                       KroSize roi, Kro32f vMin, Kro32f vMax);
+KROAPI kroStatus kroiGammaInv_32f_AC4IR(Kro32f* image, int step, KroSize roi, Kro32f vMin,
+                                        Kro32f vMax);
+KROAPI kroStatus kroiGammaInv_32f_P3R(const Kro32f* const srcPlanes[3], int srcStep,
+                                      Kro32f* const dstPlanes[3], int dstStep, KroSize roi,
+                                      Kro32f vMin, Kro32f vMax);
+KROAPI kroStatus kroiGammaInv_32f_IP3R(Kro32f* const planes[3], int step, KroSize roi,
+                                       Kro32f vMin, Kro32f vMax);
 
 /* ==== Bit-depth reduction (ReduceBits) ===================================================== */
 
