@@ -157,7 +157,11 @@ struct NoiseTables {
   const float* noise;
   const int16_t* index;
   // The value for column x of region row y.
-  float At(int x, int y) const { return noise[(index[x & 1023] + 2 * y + x) & 1023]; }
+  float At(int x, int y) const {
+    const unsigned i = static_cast<unsigned>(index[x & 1023]) + 2u * static_cast<unsigned>(y) +
+                       static_cast<unsigned>(x);
+    return noise[i & 1023u];
+  }
 };
 NoiseTables BuildNoiseTables(uint8_t* a, float low, float high);
 
