@@ -25,8 +25,7 @@ void RegisterReduce(const char* layout, int channels, int kind, int noise,
     std::vector<Kro8u> work(std::size_t(size) + 1);
     const int srcStep = kFullW * channels * int(sizeof(S)), dstStep = kFullW * channels;
     RunConversion(state, samples * sizeof(S), samples, [&] {
-      fn(src.as<S>(), srcStep, dst.data(), dstStep, {kFullW, kFullH}, noise, kind, 16,
-         work.data());
+      fn(src.as<S>(), srcStep, dst.data(), dstStep, {kFullW, kFullH}, noise, kind, 16, work.data());
     });
   })->Unit(benchmark::kMicrosecond);
 }

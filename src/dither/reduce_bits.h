@@ -183,5 +183,7 @@ template <class P>
 void ReducePlainScalar(const Job& job);
 template <class P>
 kroStatus ReduceOrderedScalar(const Job& job);
+template <class P>
+kroStatus ReduceDiffusedScalar(const Job& job);
 
 }  // namespace kro::dither
