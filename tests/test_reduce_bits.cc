@@ -547,6 +547,18 @@ TEST(ReduceBitsExamples, OrderedC4TailWithNoise) {
 
 // ---- Vector bodies against the portable kernels -----------------------------------------------
 
+// Random samples of a pair's source: any bits for integers, -0.2..1.2 for floats.
+template <class P>
+void FillSamples(Plane& src, std::mt19937& rng) {
+  src.FillRandom(rng);
+  if (!P::kFloatSource) return;
+  for (int y = 0; y < src.height(); ++y)
+    for (int i = 0; i < src.rowBytes() / 4; ++i) {
+      const float v = float(rng() % 1400) / 1000.0f - 0.2f;
+      std::memcpy(src.row(y) + 4 * i, &v, 4);
+    }
+}
+
 template <class P>
 void CompareWithScalar(std::mt19937& rng) {
   for (int w : test::AllWidths())
@@ -555,13 +567,7 @@ void CompareWithScalar(std::mt19937& rng) {
       const int sb = int(sizeof(typename P::Src)), db = int(sizeof(typename P::Dst));
       Plane src(n * sb, 3, n * sb + 7, w % 5), a(n * db, 3, n * db + 3, w % 3),
           b(n * db, 3, n * db + 3, w % 3);
-      src.FillRandom(rng);
-      if (P::kFloatSource)
-        for (int y = 0; y < 3; ++y)
-          for (int i = 0; i < n; ++i) {
-            const float v = float(rng() % 1400) / 1000.0f - 0.2f;
-            std::memcpy(src.row(y) + 4 * i, &v, 4);
-          }
+      FillSamples<P>(src, rng);
       std::vector<uint8_t> buf(7000);
       for (int noise : {0, 40}) {
         dither::Job job{src.data(), src.step(),           a.data(), a.step(), w,         3,
@@ -601,13 +607,7 @@ void CompareDiffusedWithScalar(std::mt19937& rng) {
       const int sb = int(sizeof(typename P::Src)), db = int(sizeof(typename P::Dst));
       Plane src(n * sb, h, n * sb + 4, w % 4), a(n * db, h, n * db + 2, 1),
           b(n * db, h, n * db + 2, 1);
-      src.FillRandom(rng);
-      if (P::kFloatSource)
-        for (int y = 0; y < h; ++y)
-          for (int i = 0; i < n; ++i) {
-            const float v = float(rng() % 1400) / 1000.0f - 0.2f;
-            std::memcpy(src.row(y) + 4 * i, &v, 4);
-          }
+      FillSamples<P>(src, rng);
       std::vector<uint8_t> buf(8 * w + 6352);
       const int noise = w % 2 ? 0 : 70;
       dither::Job job{src.data(), src.step(),           a.data(), a.step(), w,         h,

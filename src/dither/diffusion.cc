@@ -366,14 +366,7 @@ kroStatus ReduceDiffusedScalar(const Job& job) {
 #define KRO_INSTANTIATE(P)                          \
   template kroStatus ReduceDiffused<P>(const Job&); \
   template kroStatus ReduceDiffusedScalar<P>(const Job&);
-KRO_INSTANTIATE(P8u)
-KRO_INSTANTIATE(P16u)
-KRO_INSTANTIATE(P16s)
-KRO_INSTANTIATE(P16u8u)
-KRO_INSTANTIATE(P16s8u)
-KRO_INSTANTIATE(P32f8u)
-KRO_INSTANTIATE(P32f16u)
-KRO_INSTANTIATE(P32f16s)
+KRO_DITHER_PAIRS(KRO_INSTANTIATE)
 #undef KRO_INSTANTIATE
 
 }  // namespace kro::dither

@@ -195,27 +195,37 @@ void StoreSaturated16(uint8_t* p, const __m128i t[4]) {
   }
 }
 
-constexpr int kSrcBytes16(int size) { return 16 * size; }
+// Runs n samples: sixteen a turn through `quant` (four vectors of working values and the
+// index of the first sample to four 32-bit results), the rest through `one` (index to result).
+template <class P, class Quant, class One>
+void RunVector(const uint8_t* s, uint8_t* d, int n, Quant quant, One one) {
+  constexpr std::size_t kIn = sizeof(typename P::Src), kOut = sizeof(typename P::Dst);
+  int i = 0;
+  for (; i + 16 <= n; i += 16) {
+    __m128 w[4];
+    __m128i t[4];
+    LoadWork16<P>(s + i * kIn, w);
+    quant(w, i, t);
+    StoreSaturated16<P>(d + i * kOut, t);
+  }
+  for (; i < n; ++i) PutAt<P>(d, i, one(WorkAt<P>(s, i), i));
+}
 
 template <class P>
 void PlainRunVector(const uint8_t* s, uint8_t* d, int n, const PlainConstants<P>& k) {
   const __m128 a = _mm_set1_ps(k.a), l = _mm_set1_ps(k.l), r = _mm_set1_ps(k.r),
                h = _mm_set1_ps(k.h), o = _mm_set1_ps(P::kOut);
-  constexpr int kIn = kSrcBytes16(sizeof(typename P::Src)), kOut = 16 * sizeof(typename P::Dst);
-  int i = 0;
-  for (; i + 16 <= n; i += 16, s += kIn, d += kOut) {
-    __m128 w[4];
-    __m128i t[4];
-    LoadWork16<P>(s, w);
-    for (int j = 0; j < 4; ++j) {
-      const __m128 u = P::kFloatSource ? w[j] : _mm_mul_ps(w[j], a);
-      __m128 q = _mm_mul_ps(_mm_cvtepi32_ps(_mm_cvttps_epi32(_mm_mul_ps(l, u))), r);
-      q = _mm_add_ps(q, _mm_and_ps(_mm_cmplt_ps(h, _mm_sub_ps(u, q)), r));
-      t[j] = _mm_cvttps_epi32(_mm_mul_ps(q, o));
-    }
-    StoreSaturated16<P>(d, t);
-  }
-  for (; i < n; ++i) PutAt<P>(d, i & 15, PlainSample<P>(WorkAt<P>(s, i & 15), k));
+  RunVector<P>(
+      s, d, n,
+      [&](const __m128 w[4], int, __m128i t[4]) {
+        for (int j = 0; j < 4; ++j) {
+          const __m128 u = P::kFloatSource ? w[j] : _mm_mul_ps(w[j], a);
+          __m128 q = _mm_mul_ps(_mm_cvtepi32_ps(_mm_cvttps_epi32(_mm_mul_ps(l, u))), r);
+          q = _mm_add_ps(q, _mm_and_ps(_mm_cmplt_ps(h, _mm_sub_ps(u, q)), r));
+          t[j] = _mm_cvttps_epi32(_mm_mul_ps(q, o));
+        }
+      },
+      [&](float w, int) { return PlainSample<P>(w, k); });
 }
 
 // n samples whose thresholds are thr[0..n).
@@ -223,28 +233,22 @@ template <class P>
 void OrderedRunVector(const uint8_t* s, uint8_t* d, int n, const float* thr, float step,
                       float inverse) {
   const __m128 sv = _mm_set1_ps(step), iv = _mm_set1_ps(inverse), o = _mm_set1_ps(P::kOut);
-  constexpr int kIn = kSrcBytes16(sizeof(typename P::Src)), kOut = 16 * sizeof(typename P::Dst);
-  int i = 0;
-  for (; i + 16 <= n; i += 16, s += kIn, d += kOut) {
-    __m128 w[4];
-    __m128i t[4];
-    LoadWork16<P>(s, w);
-    for (int j = 0; j < 4; ++j) {
-      __m128 q = _mm_mul_ps(_mm_cvtepi32_ps(_mm_cvttps_epi32(_mm_mul_ps(w[j], iv))), sv);
-      const __m128 up = _mm_cmplt_ps(_mm_loadu_ps(thr + i + 4 * j), _mm_sub_ps(w[j], q));
-      q = _mm_add_ps(q, _mm_and_ps(up, sv));
-      if constexpr (P::kFloatSource) {
-        t[j] = _mm_cvttps_epi32(_mm_mul_ps(q, o));
-      } else {
-        t[j] = _mm_cvttps_epi32(q);
-        if constexpr (P::kNarrow) t[j] = _mm_srai_epi32(t[j], 8);
-      }
-    }
-    StoreSaturated16<P>(d, t);
-  }
-  for (; i < n; ++i) {
-    PutAt<P>(d, i & 15, OrderedSample<P>(WorkAt<P>(s, i & 15), thr[i], step, inverse));
-  }
+  RunVector<P>(
+      s, d, n,
+      [&](const __m128 w[4], int i, __m128i t[4]) {
+        for (int j = 0; j < 4; ++j) {
+          __m128 q = _mm_mul_ps(_mm_cvtepi32_ps(_mm_cvttps_epi32(_mm_mul_ps(w[j], iv))), sv);
+          const __m128 up = _mm_cmplt_ps(_mm_loadu_ps(thr + i + 4 * j), _mm_sub_ps(w[j], q));
+          q = _mm_add_ps(q, _mm_and_ps(up, sv));
+          if constexpr (P::kFloatSource) {
+            t[j] = _mm_cvttps_epi32(_mm_mul_ps(q, o));
+          } else {
+            t[j] = _mm_cvttps_epi32(q);
+            if constexpr (P::kNarrow) t[j] = _mm_srai_epi32(t[j], 8);
+          }
+        }
+      },
+      [&](float w, int i) { return OrderedSample<P>(w, thr[i], step, inverse); });
 }
 
 template <class P>
@@ -326,14 +330,7 @@ kroStatus ReduceOrdered(const Job& job) {
   template void ReducePlainScalar<P>(const Job&);  \
   template kroStatus ReduceOrdered<P>(const Job&); \
   template kroStatus ReduceOrderedScalar<P>(const Job&);
-KRO_INSTANTIATE(P8u)
-KRO_INSTANTIATE(P16u)
-KRO_INSTANTIATE(P16s)
-KRO_INSTANTIATE(P16u8u)
-KRO_INSTANTIATE(P16s8u)
-KRO_INSTANTIATE(P32f8u)
-KRO_INSTANTIATE(P32f16u)
-KRO_INSTANTIATE(P32f16s)
+KRO_DITHER_PAIRS(KRO_INSTANTIATE)
 #undef KRO_INSTANTIATE
 
 }  // namespace kro::dither

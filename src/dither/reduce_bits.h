@@ -90,6 +90,10 @@ using P32f8u = Pair<Source::k32f, Dest::k8u>;
 using P32f16u = Pair<Source::k32f, Dest::k16u>;
 using P32f16s = Pair<Source::k32f, Dest::k16s>;
 
+// Applies X to every pair, for the kernels' explicit instances.
+#define KRO_DITHER_PAIRS(X) \
+  X(P8u) X(P16u) X(P16s) X(P16u8u) X(P16s8u) X(P32f8u) X(P32f16u) X(P32f16s)
+
 // Saturating store of an integer result t on the destination's range; a 16s destination holds
 // t - 32768 (t saturated to 0..65535 first, so nothing wraps).
 template <Dest kD>
