@@ -4,6 +4,7 @@
 // the leak between channel passes is checked independently), with canaries and guard pages.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <functional>
@@ -545,6 +546,17 @@ TEST(ReduceBitsExamples, OrderedC4TailWithNoise) {
   for (int i = 3; i < 9; ++i) EXPECT_EQ(dst[i], 0) << i;  // thresholds of 8 and 2 fifteenths of 255
 }
 
+// With noise the look-up repeats every 512 rows (2y wraps at 1024), and not every 4.
+TEST(ReduceBitsExamples, OrderedNoiseRepeatsAfter512Rows) {
+  const int w = 64, h = 520;
+  std::vector<Kro8u> src(w * h), dst(w * h), buf(7000);
+  for (int i = 0; i < w * h; ++i) src[i] = Kro8u(i % w * 4);
+  ASSERT_EQ(kroiReduceBits_8u_C1R(src.data(), w, dst.data(), w, {w, h}, 50, 4, 4, buf.data()),
+            kroStatusOk);
+  EXPECT_TRUE(std::equal(dst.begin(), dst.begin() + w, dst.begin() + 512 * w));
+  EXPECT_FALSE(std::equal(dst.begin(), dst.begin() + w, dst.begin() + 4 * w));
+}
+
 // ---- Vector bodies against the portable kernels -----------------------------------------------
 
 // Random samples of a pair's source: any bits for integers, -0.2..1.2 for floats.
@@ -597,8 +609,8 @@ TEST(ReduceBitsVector, MatchesScalarTwins) {
   CompareWithScalar<dither::P32f16s>(rng);
 }
 
-// Kind 1 runs bands of rows as a wavefront; it must give the plain row-by-row results at every
-// width around the band's minimum, for every layout (the bands cross channel passes) and height.
+// Kinds 1 to 3 run bands of rows as a wavefront; they must give the plain row-by-row results at
+// every width around the band's minimum, for every layout (bands cross channel passes) and height.
 template <class P>
 void CompareDiffusedWithScalar(std::mt19937& rng) {
   for (int w : test::AllWidths())
@@ -608,18 +620,19 @@ void CompareDiffusedWithScalar(std::mt19937& rng) {
       Plane src(n * sb, h, n * sb + 4, w % 4), a(n * db, h, n * db + 2, 1),
           b(n * db, h, n * db + 2, 1);
       FillSamples<P>(src, rng);
-      std::vector<uint8_t> buf(8 * w + 6352);
-      const int noise = w % 2 ? 0 : 70;
+      std::vector<uint8_t> buf(12 * w + 6384);
+      const int noise = w % 2 ? 0 : 70, kind = 1 + w % 3;
       dither::Job job{src.data(), src.step(),           a.data(), a.step(), w,         h,
-                      code,       1 + int(rng() % 200), noise,    1,        buf.data()};
+                      code,       1 + int(rng() % 200), noise,    kind,     buf.data()};
       ASSERT_EQ(dither::ReduceDiffused<P>(job), kroStatusOk);
       job.dst = b.data();
       ASSERT_EQ(dither::ReduceDiffusedScalar<P>(job), kroStatusOk);
-      ASSERT_EQ(a.Region(), b.Region()) << "w " << w << " h " << h << " code " << code;
+      ASSERT_EQ(a.Region(), b.Region())
+          << "kind " << kind << " w " << w << " h " << h << " code " << code;
     }
 }
 
-TEST(ReduceBitsVector, FloydBandsMatchRows) {
+TEST(ReduceBitsVector, DiffusionBandsMatchRows) {
   std::mt19937 rng(12);
   CompareDiffusedWithScalar<dither::P8u>(rng);
   CompareDiffusedWithScalar<dither::P16u>(rng);
