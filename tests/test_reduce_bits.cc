@@ -457,27 +457,29 @@ TEST_P(ReduceBitsExport, RepeatableAndAlphaKept) {
   }
 }
 
-// Source, destination and work buffer each end at an inaccessible page; the buffer has exactly
-// the size that the query gives.
+// Source, destination and work buffer each end at an inaccessible page, or start right after
+// one; the work buffer has exactly the size that the query gives.
 TEST_P(ReduceBitsExport, GuardPages) {
   std::mt19937 rng(3);
-  for (int w : {1, 5, 16, 33})
+  for (int w : {1, 5, 16, 40})
     for (int kind : {0, 1, 2, 4})
-      for (int noise : {0, 10}) {
-        const int h = 3, sRow = w * ex().samples() * ex().srcBytes(),
-                  dRow = w * ex().samples() * ex().dstBytes();
-        GuardedBuffer src(std::size_t(sRow) * h), dst(std::size_t(dRow) * h);
-        for (std::size_t i = 0; i < src.size(); ++i) src.data()[i] = uint8_t(rng() & 0x3F);
-        int size = 0;
-        ASSERT_EQ(kroiReduceBitsGetBufferSize(ex().code == 4 ? 9 : ex().samples(), {w, h}, noise,
-                                              kind, &size),
-                  kroStatusOk);
-        GuardedBuffer work(std::size_t(size > 0 ? size : 1));
-        EXPECT_EQ(ex().fn(src.data(), sRow, dst.data(), dRow, {w, h}, noise, kind, 5,
-                          size > 0 ? work.data() : nullptr),
-                  kroStatusOk)
-            << ex().name;
-      }
+      for (int noise : {0, 10})
+        for (bool guardStart : {false, true}) {
+          const int h = 12, sRow = w * ex().samples() * ex().srcBytes(),
+                    dRow = w * ex().samples() * ex().dstBytes();
+          GuardedBuffer src(std::size_t(sRow) * h, guardStart),
+              dst(std::size_t(dRow) * h, guardStart);
+          for (std::size_t i = 0; i < src.size(); ++i) src.data()[i] = uint8_t(rng() & 0x3F);
+          int size = 0;
+          ASSERT_EQ(kroiReduceBitsGetBufferSize(ex().code == 4 ? 9 : ex().samples(), {w, h}, noise,
+                                                kind, &size),
+                    kroStatusOk);
+          GuardedBuffer work(std::size_t(size > 0 ? size : 1), guardStart);
+          EXPECT_EQ(ex().fn(src.data(), sRow, dst.data(), dRow, {w, h}, noise, kind, 5,
+                            size > 0 ? work.data() : nullptr),
+                    kroStatusOk)
+              << ex().name;
+        }
 }
 
 INSTANTIATE_TEST_SUITE_P(All, ReduceBitsExport, ::testing::Range(0, 32),
