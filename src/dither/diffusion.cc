@@ -89,12 +89,6 @@ struct Quantiser {
   }
 };
 
-template <class P>
-float WorkAt(const uint8_t* row, int i) {
-  return P::Work(
-      Load<typename P::Src>(row + static_cast<std::size_t>(i) * sizeof(typename P::Src)));
-}
-
 // Row r of the sequence of channel passes: channel r / height, image row r % height.
 struct PassRow {
   const uint8_t* src;

@@ -99,11 +99,6 @@ kroStatus OrderedThresholds(const Job& job, Thresholds* t) {
 // ---- Sample access ----------------------------------------------------------------------------
 
 template <class P>
-float WorkAt(const uint8_t* row, int i) {
-  return P::Work(
-      Load<typename P::Src>(row + static_cast<std::size_t>(i) * sizeof(typename P::Src)));
-}
-template <class P>
 void PutAt(uint8_t* row, int i, int32_t value) {
   Store(row + static_cast<std::size_t>(i) * sizeof(typename P::Dst),
         static_cast<typename P::Dst>(value));

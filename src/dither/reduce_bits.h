@@ -94,6 +94,13 @@ using P32f16s = Pair<Source::k32f, Dest::k16s>;
 #define KRO_DITHER_PAIRS(X) \
   X(P8u) X(P16u) X(P16s) X(P16u8u) X(P16s8u) X(P32f8u) X(P32f16u) X(P32f16s)
 
+// Working value of sample i of a row.
+template <class P>
+float WorkAt(const uint8_t* row, int i) {
+  return P::Work(
+      Load<typename P::Src>(row + static_cast<std::size_t>(i) * sizeof(typename P::Src)));
+}
+
 // Saturating store of an integer result t on the destination's range; a 16s destination holds
 // t - 32768 (t saturated to 0..65535 first, so nothing wraps).
 template <Dest kD>
