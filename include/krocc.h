@@ -398,6 +398,134 @@ KROAPI kroStatus kroiGammaInv_32f_IP3R(Kro32f* const planes[3], int step, KroSiz
                                        Kro32f vMin, Kro32f vMax);
 
 /* ==== Bit-depth reduction (ReduceBits) ===================================================== */
+/* Each colour sample is moved onto one of `levels` evenly spaced values of the destination's
+ * range. ditherKind: 0 nearest level, 1 Floyd-Steinberg and 2 Jarvis-Judice-Ninke and 3 Stucki
+ * error diffusion, 4 ordered dither on a 4 by 4 Bayer matrix. noise (0..100) perturbs the
+ * threshold of kinds 1 to 4 from a generator that is seeded afresh in every call, so equal calls
+ * give equal pixels. AC4R leaves the destination's alpha unwritten. 32f sources are nominally
+ * 0..1. levels: 2..256 for 8-bit destinations, 2..65536 for 16-bit ones.
+ * Work memory is the caller's: `buffer` of the size kroiReduceBitsGetBufferSize gives (it may be
+ * null where that size is 0: kind 0, and kind 4 without noise). Row steps are bytes, unchecked.
+ * Checks, in order: kroStatusNullPointer (src, dst), kroStatusBadSize (width or height below 1),
+ * kroStatusBadNoise (noise above 100 as unsigned), kroStatusBadDitherLevels (levels out of the
+ * range, as unsigned), kroStatusBadDitherType, then kroStatusNullPointer for a needed buffer. */
+
+/* Bytes of work buffer for a call of that width (the height is not used). channels: 1, 3, 4 or 9
+ * (C1R, C3R, C4R, AC4R; the size does not depend on it). Checks, in order: kroStatusNullPointer,
+ * kroStatusBadSize (width below 1), kroStatusBadChannel, kroStatusBadNoise,
+ * kroStatusBadDitherType (kind 0 stores 0 before the type is looked at further). */
+KROAPI kroStatus kroiReduceBitsGetBufferSize(int channels, KroSize roi, int noise, int ditherKind,
+                                             int* size);
+
+KROAPI kroStatus kroiReduceBits_8u_C1R(const Kro8u* src, int srcStep, Kro8u* dst, int dstStep,
+                                       KroSize roi, int noise, int ditherKind, int levels,
+                                       Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_8u_C3R(const Kro8u* src, int srcStep, Kro8u* dst, int dstStep,
+                                       KroSize roi, int noise, int ditherKind, int levels,
+                                       Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_8u_C4R(const Kro8u* src, int srcStep, Kro8u* dst, int dstStep,
+                                       KroSize roi, int noise, int ditherKind, int levels,
+                                       Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_8u_AC4R(const Kro8u* src, int srcStep, Kro8u* dst, int dstStep,
+                                        KroSize roi, int noise, int ditherKind, int levels,
+                                        Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_16u_C1R(const Kro16u* src, int srcStep, Kro16u* dst, int dstStep,
+                                        KroSize roi, int noise, int ditherKind, int levels,
+                                        Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_16u_C3R(const Kro16u* src, int srcStep, Kro16u* dst, int dstStep,
+                                        KroSize roi, int noise, int ditherKind, int levels,
+                                        Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_16u_C4R(const Kro16u* src, int srcStep, Kro16u* dst, int dstStep,
+                                        KroSize roi, int noise, int ditherKind, int levels,
+                                        Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_16u_AC4R(const Kro16u* src, int srcStep, Kro16u* dst, int dstStep,
+                                         KroSize roi, int noise, int ditherKind, int levels,
+                                         Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_16s_C1R(const Kro16s* src, int srcStep, Kro16s* dst, int dstStep,
+                                        KroSize roi, int noise, int ditherKind, int levels,
+                                        Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_16s_C3R(const Kro16s* src, int srcStep, Kro16s* dst, int dstStep,
+                                        KroSize roi, int noise, int ditherKind, int levels,
+                                        Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_16s_C4R(const Kro16s* src, int srcStep, Kro16s* dst, int dstStep,
+                                        KroSize roi, int noise, int ditherKind, int levels,
+                                        Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_16s_AC4R(const Kro16s* src, int srcStep, Kro16s* dst, int dstStep,
+                                         KroSize roi, int noise, int ditherKind, int levels,
+                                         Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_16u8u_C1R(const Kro16u* src, int srcStep, Kro8u* dst, int dstStep,
+                                          KroSize roi, int noise, int ditherKind, int levels,
+                                          Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_16u8u_C3R(const Kro16u* src, int srcStep, Kro8u* dst, int dstStep,
+                                          KroSize roi, int noise, int ditherKind, int levels,
+                                          Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_16u8u_C4R(const Kro16u* src, int srcStep, Kro8u* dst, int dstStep,
+                                          KroSize roi, int noise, int ditherKind, int levels,
+                                          Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_16u8u_AC4R(const Kro16u* src, int srcStep, Kro8u* dst, int dstStep,
+                                           KroSize roi, int noise, int ditherKind, int levels,
+                                           Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_16s8u_C1R(const Kro16s* src, int srcStep, Kro8u* dst, int dstStep,
+                                          KroSize roi, int noise, int ditherKind, int levels,
+                                          Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_16s8u_C3R(const Kro16s* src, int srcStep, Kro8u* dst, int dstStep,
+                                          KroSize roi, int noise, int ditherKind, int levels,
+                                          Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_16s8u_C4R(const Kro16s* src, int srcStep, Kro8u* dst, int dstStep,
+                                          KroSize roi, int noise, int ditherKind, int levels,
+                                          Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_16s8u_AC4R(const Kro16s* src, int srcStep, Kro8u* dst, int dstStep,
+                                           KroSize roi, int noise, int ditherKind, int levels,
+                                           Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_32f8u_C1R(const Kro32f* src, int srcStep, Kro8u* dst, int dstStep,
+                                          KroSize roi, int noise, int ditherKind, int levels,
+                                          Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_32f8u_C3R(const Kro32f* src, int srcStep, Kro8u* dst, int dstStep,
+                                          KroSize roi, int noise, int ditherKind, int levels,
+                                          Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_32f8u_C4R(const Kro32f* src, int srcStep, Kro8u* dst, int dstStep,
+                                          KroSize roi, int noise, int ditherKind, int levels,
+                                          Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_32f8u_AC4R(const Kro32f* src, int srcStep, Kro8u* dst, int dstStep,
+                                           KroSize roi, int noise, int ditherKind, int levels,
+                                           Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_32f16u_C1R(const Kro32f* src, int srcStep, Kro16u* dst, int dstStep,
+                                           KroSize roi, int noise, int ditherKind, int levels,
+                                           Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_32f16u_C3R(const Kro32f* src, int srcStep, Kro16u* dst, int dstStep,
+                                           KroSize roi, int noise, int ditherKind, int levels,
+                                           Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_32f16u_C4R(const Kro32f* src, int srcStep, Kro16u* dst, int dstStep,
+                                           KroSize roi, int noise, int ditherKind, int levels,
+                                           Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_32f16u_AC4R(const Kro32f* src, int srcStep, Kro16u* dst,
+                                            int dstStep, KroSize roi, int noise, int ditherKind,
+                                            int levels, Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_32f16s_C1R(const Kro32f* src, int srcStep, Kro16s* dst, int dstStep,
+                                           KroSize roi, int noise, int ditherKind, int levels,
+                                           Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_32f16s_C3R(const Kro32f* src, int srcStep, Kro16s* dst, int dstStep,
+                                           KroSize roi, int noise, int ditherKind, int levels,
+                                           Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_32f16s_C4R(const Kro32f* src, int srcStep, Kro16s* dst, int dstStep,
+                                           KroSize roi, int noise, int ditherKind, int levels,
+                                           Kro8u* buffer);
+KROAPI kroStatus kroiReduceBits_32f16s_AC4R(const Kro32f* src, int srcStep, Kro16s* dst,
+                                            int dstStep, KroSize roi, int noise, int ditherKind,
+                                            int levels, Kro8u* buffer);
+
+/* One 8-bit plane to a packed one-bit plane, most significant bit first, the first pixel at bit
+ * (dstBitOffset & 7) from the top of *dst (the pointer is not moved by the offset). A bit is 1
+ * where the sample exceeds threshold (ditherKind 0) or, under ditherKind 3, where the sample plus
+ * its gathered Stucki error does, in fixed point. A first byte entered at an offset keeps its top
+ * bits and has the bits after a run that ends inside it cleared; a last partial byte keeps the
+ * bits below the run. ignoredA and ignoredB are not read. buffer: 12 * width + 112 bytes for
+ * kind 3, unused by kind 0. Checks, in order: kroStatusNullPointer (src, dst), kroStatusBadSize
+ * (width or height below 1, dstBitOffset negative), kroStatusBadDitherType, kroStatusNullPointer
+ * (kind 3 without buffer). */
+KROAPI kroStatus kroiReduceBits_8u1u_C1R(const Kro8u* src, int srcStep, Kro8u* dst, int dstStep,
+                                         int dstBitOffset, KroSize roi, int ignoredA, int ignoredB,
+                                         int ditherKind, Kro8u threshold, Kro8u* buffer);
 
 /* ==== Bayer demosaicing: CFAToRGB ===========================================================
  * One plane of Bayer sensor samples to interleaved R, G, B, for a window of a whole image.
