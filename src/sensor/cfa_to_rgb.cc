@@ -18,56 +18,26 @@
 namespace kro::cfa {
 namespace {
 
-// ---- Frame: the two outer rows and columns on each side ---------------------------------------
+// ---- Frame: the two outer rows and columns on each side, scalar -------------------------------
 
-// One pixel of the frame. On an edge the missing neighbours are replaced: along the edge the
-// two neighbours A and B that exist, across it the one inward neighbour I; in a corner the one
-// neighbour of each direction. The second frame has all eight neighbours and takes the plain
-// averages, green at a red or blue site being M4.
+// A corner: the one neighbour in the row (H), the one in the column (V) and the diagonal one.
 template <class T>
-void FramePixel(const Source<T>& s, int grid, int x, int y, T* out) {
-  const auto at = [&](int dx, int dy) -> uint32_t { return s.Row(y + dy)[x + dx]; };
+void CornerPixel(const Source<T>& s, int grid, int x, int y, T* out) {
+  const T* c = s.Row(y) + x;
+  const std::ptrdiff_t inX = x == 0 ? 1 : -1, inY = y == 0 ? s.step : -s.step;
   const int site = SiteColour(grid, x, y);
-  const int other = kRed + kBlue - site;  // at a red or blue site, the missing one of the two
-  const bool edgeX = x == 0 || x == s.width - 1, edgeY = y == 0 || y == s.height - 1;
-  const int inX = x == 0 ? 1 : -1, inY = y == 0 ? 1 : -1;  // inward steps, used on edges only
-  uint32_t v[3];
-  v[site] = at(0, 0);
-  if (edgeX && edgeY) {
-    const uint32_t h = at(inX, 0), vert = at(0, inY);
-    if (site == kGreen) {
-      v[SiteColour(grid, x + 1, y)] = h;
-      v[SiteColour(grid, x, y + 1)] = vert;
-    } else {
-      v[kGreen] = (h + vert + 1) >> 1;
-      v[other] = at(inX, inY);
-    }
-  } else if (edgeX || edgeY) {
-    // (ax, ay) runs along the edge, (ix, iy) points inward.
-    const int ax = edgeY ? 1 : 0, ay = 1 - ax, ix = edgeX ? inX : 0, iy = edgeY ? inY : 0;
-    const uint32_t a = at(-ax, -ay), b = at(ax, ay), in = at(ix, iy);
-    if (site == kGreen) {
-      v[SiteColour(grid, x + ax, y + ay)] = (a + b + 1) >> 1;
-      v[SiteColour(grid, x + ix, y + iy)] = in;
-    } else {
-      v[kGreen] = (a + b + 2 * in + 2) >> 2;
-      v[other] = (at(ix - ax, iy - ay) + at(ix + ax, iy + ay) + 1) >> 1;
-    }
+  out[site] = c[0];
+  if (site == kGreen) {
+    out[SiteColour(grid, x + 1, y)] = c[inX];
+    out[SiteColour(grid, x, y + 1)] = c[inY];
   } else {
-    const uint32_t n = at(0, -1), w = at(-1, 0), e = at(1, 0), south = at(0, 1);
-    if (site == kGreen) {
-      v[SiteColour(grid, x + 1, y)] = (w + e + 1) >> 1;
-      v[SiteColour(grid, x, y + 1)] = (n + south + 1) >> 1;
-    } else {
-      v[kGreen] = (n + w + e + south + 2) >> 2;
-      v[other] = (at(-1, -1) + at(1, -1) + at(-1, 1) + at(1, 1) + 2) >> 2;
-    }
+    out[kGreen] = static_cast<T>((c[inX] + c[inY] + 1u) >> 1);
+    out[kRed + kBlue - site] = c[inX + inY];
   }
-  for (int c = 0; c < 3; ++c) out[c] = static_cast<T>(v[c]);
 }
 
-// A frame column from row ya to row yb, all of them between 2 and height - 3: the left or
-// right edge (kSide, `inward` the step to the column beside it), or the second frame.
+// A frame column from row ya to row yb, none of them the top or bottom row: the left or right
+// edge (kSide, `inward` the step to the column beside it), or the second frame.
 template <class T, bool kSide>
 void FrameColumn(const Source<T>& s, int grid, int x, int ya, int yb, std::ptrdiff_t inward, T* out,
                  std::ptrdiff_t outStep) {
@@ -169,7 +139,7 @@ void WithPattern(int grid, int x, int y, F&& f) {
   }
 }
 
-// ---- Interior, vector -------------------------------------------------------------------------
+// ---- Rows, vector -----------------------------------------------------------------------------
 
 #if KRO_SIMD
 
@@ -181,9 +151,7 @@ struct Lanes<uint8_t> {
   static constexpr int kCount = 16;
   static __m128i Avg(__m128i a, __m128i b) { return _mm_avg_epu8(a, b); }
   static __m128i SubSat(__m128i a, __m128i b) { return _mm_subs_epu8(a, b); }
-  static __m128i Sub(__m128i a, __m128i b) { return _mm_sub_epi8(a, b); }
   static __m128i Equal(__m128i a, __m128i b) { return _mm_cmpeq_epi8(a, b); }
-  static __m128i One() { return _mm_set1_epi8(1); }
   static __m128i EvenLanes() { return _mm_set1_epi16(0x00FF); }
   // Lanes of twice the width, for exact sums of four samples.
   static __m128i AddWide(__m128i a, __m128i b) { return _mm_add_epi16(a, b); }
@@ -199,9 +167,7 @@ struct Lanes<uint16_t> {
   static constexpr int kCount = 8;
   static __m128i Avg(__m128i a, __m128i b) { return _mm_avg_epu16(a, b); }
   static __m128i SubSat(__m128i a, __m128i b) { return _mm_subs_epu16(a, b); }
-  static __m128i Sub(__m128i a, __m128i b) { return _mm_sub_epi16(a, b); }
   static __m128i Equal(__m128i a, __m128i b) { return _mm_cmpeq_epi16(a, b); }
-  static __m128i One() { return _mm_set1_epi16(1); }
   static __m128i EvenLanes() { return _mm_set1_epi32(0xFFFF); }
   static __m128i AddWide(__m128i a, __m128i b) { return _mm_add_epi32(a, b); }
   static __m128i SrlWide(__m128i a, int n) { return _mm_srli_epi32(a, n); }
@@ -386,17 +352,23 @@ void ConvertWindow(const Source<T>& s, int grid, KroRect r, T* dst, std::ptrdiff
     return dst + static_cast<std::ptrdiff_t>(y - r.y) * dstStep +
            static_cast<std::ptrdiff_t>(x - r.x) * 3;
   };
-  // A frame row: its two ends one by one, the pixels between them by a row kernel.
+  // A frame row: its two ends one by one (corners, or the left and right edges), the pixels
+  // between them by a row kernel.
   const auto frameRow = [&](int y) {
     if (y < r.y || y >= yEnd) return;
+    const bool edge = y == 0 || y == s.height - 1;
     for (int x : {0, s.width - 1}) {
-      if (x >= r.x && x < xEnd) FramePixel(s, grid, x, y, out(x, y));
+      if (x < r.x || x >= xEnd) continue;
+      if (edge) {
+        CornerPixel(s, grid, x, y, out(x, y));
+      } else {
+        FrameColumn<T, true>(s, grid, x, y, y, x == 0 ? 1 : -1, out(x, y), 0);
+      }
     }
     const int xa = std::max(r.x, 1), n = std::min(xEnd, s.width - 1) - xa;
     if (n <= 0) return;
     const T* c = s.Row(y) + xa;
     T* o = out(xa, y);
-    const bool edge = y == 0 || y == s.height - 1;
     WithPattern(grid, xa, y, [&](auto greenFirst, auto colour) {
       constexpr bool kGreenFirst = decltype(greenFirst)::value;
       constexpr int kC = decltype(colour)::value;
