@@ -158,8 +158,6 @@ struct Lanes<uint8_t> {
   static __m128i SrlWide(__m128i a, int n) { return _mm_srli_epi16(a, n); }
   static __m128i SllWide(__m128i a, int n) { return _mm_slli_epi16(a, n); }
   static __m128i TwoWide() { return _mm_set1_epi16(2); }
-  // One bit per lane of a lane mask.
-  static int Bits(__m128i m) { return _mm_movemask_epi8(m); }
 };
 
 template <>
@@ -173,7 +171,6 @@ struct Lanes<uint16_t> {
   static __m128i SrlWide(__m128i a, int n) { return _mm_srli_epi32(a, n); }
   static __m128i SllWide(__m128i a, int n) { return _mm_slli_epi32(a, n); }
   static __m128i TwoWide() { return _mm_set1_epi32(2); }
-  static int Bits(__m128i m) { return _mm_movemask_epi8(_mm_packs_epi16(m, m)) & 0xFF; }
 };
 
 template <class T>
@@ -240,9 +237,10 @@ void StoreInterleaved(T* out, const __m128i (&ch)[3]) {
   }
 }
 
-// One block of Lanes<T>::kCount pixels of a row (see BilinearRowScalar). The plain averages are
-// rounding averages of all lanes. In the interior the gradient test runs on all lanes at once,
-// and the lanes where the gradients tie are patched afterwards one by one with the scalar M4.
+// One block of Lanes<T>::kCount pixels of a row (see BilinearRowScalar). The two-term means are
+// rounding averages of all lanes, the four-term means are formed at the red and blue sites only.
+// In the interior the gradient test runs on all lanes at once, and the lanes where the gradients
+// tie are patched with M4.
 template <class T, bool kGreenFirst, int kC, bool kDirectional>
 __attribute__((always_inline)) inline void BilinearBlock(const T* c, std::ptrdiff_t step, T* out) {
   using L = Lanes<T>;
@@ -257,12 +255,18 @@ __attribute__((always_inline)) inline void BilinearBlock(const T* c, std::ptrdif
   const __m128i zero = _mm_setzero_si128();
   const __m128i colourSite =
       kGreenFirst ? _mm_andnot_si128(L::EvenLanes(), L::Equal(zero, zero)) : L::EvenLanes();
-  __m128i green, dv, dh;
+  __m128i green;
   if constexpr (kDirectional) {
-    dv = AbsDiff<T>(Load(c - 2 * step), Load(c + 2 * step));
-    dh = AbsDiff<T>(Load(c - 2), Load(c + 2));
-    // Where dv is not above dh (the ties are patched below), green follows the vertical.
+    const __m128i dv = AbsDiff<T>(Load(c - 2 * step), Load(c + 2 * step));
+    const __m128i dh = AbsDiff<T>(Load(c - 2), Load(c + 2));
+    // Where dv is not above dh green follows the vertical, for the moment also on a tie.
     green = _mm_and_si128(colourSite, Select(L::Equal(L::SubSat(dv, dh), zero), mv, mh));
+    // The lanes where the gradients tie take M4 instead, as their mask tells; M4 is formed only
+    // for a block that has such lanes.
+    const __m128i tie = _mm_and_si128(colourSite, L::Equal(dv, dh));
+    if (_mm_movemask_epi8(tie) != 0) {
+      green = Select(tie, SiteMean4<T, kGreenFirst>(north, west, east, south), green);
+    }
   } else {
     green = SiteMean4<T, kGreenFirst>(north, west, east, south);
   }
@@ -272,14 +276,6 @@ __attribute__((always_inline)) inline void BilinearBlock(const T* c, std::ptrdif
   ch[kGreen] = _mm_or_si128(green, _mm_andnot_si128(colourSite, centre));
   ch[kO] = _mm_or_si128(md, _mm_andnot_si128(colourSite, mv));
   StoreInterleaved(out, ch);
-  if constexpr (kDirectional) {
-    for (int ties = L::Bits(_mm_and_si128(L::Equal(dv, dh), colourSite)); ties != 0;
-         ties &= ties - 1) {
-      const int i = __builtin_ctz(static_cast<unsigned>(ties));
-      const T* p = c + i;
-      out[3 * i + kGreen] = static_cast<T>((p[-step] + p[-1] + p[1] + p[step] + 2u) >> 2);
-    }
-  }
 }
 
 #endif  // KRO_SIMD
