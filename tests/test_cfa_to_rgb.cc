@@ -163,7 +163,8 @@ TYPED_TEST(CfaToRgb, WindowsAnywhere) {
     for (const KroRect& r : rects) CheckWindow(im, w, h, grid, r);
 }
 
-// The window at x = 1 gives, pixel by pixel, the same columns as the window at x = 0.
+// The window at x = 1 gives, pixel by pixel, the same columns as the window at x = 0 (called
+// with another interpolation value, which changes nothing).
 TYPED_TEST(CfaToRgb, WindowOriginDoesNotChangePixels) {
   std::mt19937 rng(3);
   const int w = 35, h = 9;
