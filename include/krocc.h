@@ -535,11 +535,12 @@ KROAPI kroStatus kroiReduceBits_8u1u_C1R(const Kro8u* src, int srcStep, Kro8u* d
  *   0: B G / G R   1: R G / G B   2: G B / R G   3: G R / B G   (row 0 / row 1).
  * Every sample is integer: the site keeps its own sample, the missing colours are rounded
  * averages of the nearest sites of that colour. Green at red and blue sites two or more pixels
- * from every border of the whole image follows the smaller of the vertical and horizontal
- * gradients over two pixels (the mean of four on a tie); nearer the border the averages use the
- * neighbours that exist, so a pixel's value depends on where it lies in the whole image, not in
- * the window. The window is trimmed to the image without a status; a window starting at or past
- * the image's width or height writes nothing; a negative x or y is not supported.
+ * from every border of the whole image is averaged along the direction (vertical or horizontal)
+ * whose gradient over two pixels is smaller, from all four neighbours on a tie; nearer the border
+ * the averages use the neighbours that exist, so a pixel's value depends on where it lies in the
+ * whole image, not in the window. The window is trimmed to the image without a status; a window
+ * starting at or past the image's width or height, or of width or height below 1, writes
+ * nothing; a negative x or y is not supported.
  * interpolation is read by nothing. Steps are in bytes (16u: the low bit is dropped).
  * Checks, in order: kroStatusNullPointer (src, dst), kroStatusBadSize (srcSize below 2 x 2),
  * kroStatusBadArgument (grid outside 0..3). */

@@ -143,6 +143,11 @@ TYPED_TEST(CfaToRgb, WholeImagesMatchModel) {
     for (const auto& [w, h] : sizes)
       for (int grid = 0; grid < 4; ++grid)
         CheckWindow(Random<TypeParam>(w * h, rng, range), w, h, grid, KroRect{0, 0, w, h});
+  // Every width up to past four vector blocks of the interior and of the second frame's rows.
+  for (int w = 2; w <= 70; ++w)
+    for (int h : {5, 6})
+      CheckWindow(Random<TypeParam>(w * h, rng, w % 3 ? 256u : 4u), w, h, w & 3,
+                  KroRect{0, 0, w, h});
 }
 
 // Windows at odd and even origins, reaching past the image (trimmed), empty, and starting at the
@@ -158,7 +163,8 @@ TYPED_TEST(CfaToRgb, WindowsAnywhere) {
     for (const KroRect& r : rects) CheckWindow(im, w, h, grid, r);
 }
 
-// The window at x = 1 gives, pixel by pixel, the same columns as the window at x = 0.
+// The window at x = 1 gives, pixel by pixel, the same columns as the window at x = 0 (called
+// with another interpolation value, which changes nothing).
 TYPED_TEST(CfaToRgb, WindowOriginDoesNotChangePixels) {
   std::mt19937 rng(3);
   const int w = 35, h = 9;
@@ -231,7 +237,7 @@ TYPED_TEST(CfaToRgb, VectorInteriorMatchesScalarTwin) {
 TYPED_TEST(CfaToRgb, GuardPages) {
   using T = TypeParam;
   std::mt19937 rng(17);
-  for (int w : {2, 3, 5, 20, 21, 36, 37})
+  for (int w : {2, 3, 5, 18, 20, 21, 34, 36, 37})
     for (bool atStart : {false, true}) {
       const int h = 6;
       const auto im = Random<T>(w * h, rng, 1u << (8 * sizeof(T)));
