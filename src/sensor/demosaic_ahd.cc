@@ -36,6 +36,7 @@
 
 #include "frame/checks.h"
 #include "frame/entry.h"
+#include "frame/simd.h"
 
 namespace kro::ahd {
 
@@ -128,6 +129,81 @@ enum : int {
   kColour = 10,  // rows 10 + 5j: red V, red H, blue V, blue H, votes (ring of 4)
 };
 
+#if KRO_SIMD
+// Vector forms of the row steps for 8-bit samples, eight columns a turn in 16-bit lanes. Every
+// intermediate fits its lane exactly (sums of two products stay within +-28560, luma within
+// 56228 unsigned, squared chroma distances within 100352 and so exact in single precision), so
+// these give the same values as the scalar steps.
+namespace vec {
+
+inline __m128i Load8(const uint8_t* p) {
+  return _mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)),
+                           _mm_setzero_si128());
+}
+inline void Store8(uint8_t* p, __m128i v) {
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_packus_epi16(v, v));
+}
+inline __m128i Blend(__m128i mask, __m128i a, __m128i b) {  // a where mask, else b
+  return _mm_or_si128(_mm_and_si128(mask, a), _mm_andnot_si128(mask, b));
+}
+// Lanes 0, 2, 4, 6 (first column's parity) or lanes 1, 3, 5, 7.
+inline __m128i ParityMask(bool evenLanes) {
+  return evenLanes ? _mm_set_epi16(0, -1, 0, -1, 0, -1, 0, -1)
+                   : _mm_set_epi16(-1, 0, -1, 0, -1, 0, -1, 0);
+}
+inline __m128i Green(__m128i a, __m128i b, __m128i a2, __m128i b2, __m128i c) {
+  const __m128i g =
+      _mm_add_epi16(_mm_srli_epi16(_mm_add_epi16(a, b), 1),
+                    _mm_srai_epi16(_mm_sub_epi16(_mm_add_epi16(c, c), _mm_add_epi16(a2, b2)), 2));
+  return _mm_max_epi16(_mm_min_epi16(g, _mm_max_epi16(a, b)), _mm_min_epi16(a, b));
+}
+
+struct Ycc {
+  __m128i y, cb, cr;
+};
+inline Ycc ToYcc(const uint8_t* r, const uint8_t* g, const uint8_t* b, int c) {
+  const __m128i R = Load8(r + c), G = Load8(g + c), B = Load8(b + c);
+  const __m128i k128 = _mm_set1_epi16(128);
+  Ycc o;
+  o.y = _mm_srli_epi16(_mm_add_epi16(_mm_add_epi16(_mm_mullo_epi16(R, _mm_set1_epi16(66)),
+                                                   _mm_mullo_epi16(G, _mm_set1_epi16(129))),
+                                     _mm_add_epi16(_mm_mullo_epi16(B, _mm_set1_epi16(25)), k128)),
+                       8);
+  o.cb = _mm_srai_epi16(
+      _mm_add_epi16(_mm_sub_epi16(_mm_mullo_epi16(B, _mm_set1_epi16(112)),
+                                  _mm_add_epi16(_mm_mullo_epi16(R, _mm_set1_epi16(38)),
+                                                _mm_mullo_epi16(G, _mm_set1_epi16(74)))),
+                    k128),
+      8);
+  o.cr = _mm_srai_epi16(
+      _mm_add_epi16(_mm_sub_epi16(_mm_mullo_epi16(R, _mm_set1_epi16(112)),
+                                  _mm_add_epi16(_mm_mullo_epi16(G, _mm_set1_epi16(94)),
+                                                _mm_mullo_epi16(B, _mm_set1_epi16(18)))),
+                    k128),
+      8);
+  return o;
+}
+// Luma distance in 16-bit lanes, squared chroma distance as two halves of four floats.
+struct Dist {
+  __m128i y;
+  __m128 lo, hi;
+};
+inline Dist Distance(const Ycc& m, const Ycc& n) {
+  const __m128i dcb = _mm_sub_epi16(m.cb, n.cb), dcr = _mm_sub_epi16(m.cr, n.cr);
+  const __m128i lo = _mm_unpacklo_epi16(dcb, dcr), hi = _mm_unpackhi_epi16(dcb, dcr);
+  return {_mm_abs_epi16(_mm_sub_epi16(m.y, n.y)), _mm_cvtepi32_ps(_mm_madd_epi16(lo, lo)),
+          _mm_cvtepi32_ps(_mm_madd_epi16(hi, hi))};
+}
+// All-ones lanes where both distances are within the thresholds.
+inline __m128i Within(const Dist& d, __m128i eY, __m128 eLo, __m128 eHi) {
+  const __m128i c = _mm_packs_epi32(_mm_castps_si128(_mm_cmple_ps(d.lo, eLo)),
+                                    _mm_castps_si128(_mm_cmple_ps(d.hi, eHi)));
+  return _mm_andnot_si128(_mm_cmpgt_epi16(d.y, eY), c);
+}
+
+}  // namespace vec
+#endif
+
 template <class T>
 struct Job {
   const T* src;
@@ -148,6 +224,8 @@ template <class T, bool kFold>
 class StripRun {
  public:
   static constexpr int kMax = sizeof(T) == 1 ? 255 : 65535;
+  // The interior of 8-bit data runs eight columns a turn; the scalar loops finish each row.
+  static constexpr bool kVector = KRO_SIMD && sizeof(T) == 1 && !kFold;
 
   StripRun(const Job<T>& job, int xs, int xe) : j_(job), xs_(xs), n_(xe - xs + 6) {}
 
@@ -184,7 +262,28 @@ class StripRun {
     // raw samples go to both results' rows of their colour
     const int rawColour = (rowCode == 0 || rowCode == 3) ? 0 : 1;  // red in this row, or blue
     uint8_t *xv = ColourRow(t, rawColour, 0), *xh = ColourRow(t, rawColour, 1);
-    for (int c = 0; c < n_; ++c) {
+    int c = 0;
+#if KRO_SIMD
+    if constexpr (kVector) {
+      for (; c + 8 <= n_; c += 8) {
+        const int x = xs_ - 3 + c;
+        // green sites keep their sample; the raw row goes whole into the colour rows, whose
+        // other entries are filled later
+        const __m128i keep = vec::ParityMask(((rowCode ^ x) & 1) != 0);
+        const T* p = r0 + x;
+        const __m128i s0 = vec::Load8(p);
+        vec::Store8(gh + c, vec::Blend(keep, s0,
+                                       vec::Green(vec::Load8(p - 1), vec::Load8(p + 1),
+                                                  vec::Load8(p - 2), vec::Load8(p + 2), s0)));
+        vec::Store8(gv + c, vec::Blend(keep, s0,
+                                       vec::Green(vec::Load8(rm1 + x), vec::Load8(rp1 + x),
+                                                  vec::Load8(rm2 + x), vec::Load8(rp2 + x), s0)));
+        std::memcpy(xv + c, p, 8);
+        std::memcpy(xh + c, p, 8);
+      }
+    }
+#endif
+    for (; c < n_; ++c) {
       const int x = xs_ - 3 + c;
       const int code = rowCode ^ ((x & 1) * 3);
       const int cx = Col(x);
@@ -212,7 +311,11 @@ class StripRun {
         const int inRow = colour == 0 ? 3 : 1;  // code of green sites in a row of the colour
         const uint8_t *xu = ColourRow(t - 1, colour, h), *xd = ColourRow(t + 1, colour, h);
         uint8_t* x0 = ColourRow(t, colour, h);
-        for (int c = 1; c < n_ - 1; ++c) {
+        int c = 1;
+#if KRO_SIMD
+        if constexpr (kVector) c = FillVector(rowCode, own, gu, g0, gd, xu, x0, xd);
+#endif
+        for (; c < n_ - 1; ++c) {
           const int code = rowCode ^ (((xs_ - 3 + c) & 1) * 3);
           if (code == own) continue;
           const int g = Get<T>(g0, c);
@@ -236,6 +339,81 @@ class StripRun {
     }
   }
 
+#if KRO_SIMD
+  // Vector part of FillColours for one colour and result; returns the first column left over.
+  // In a row of the colour, its sites keep the raw sample (rewritten unchanged) and green sites
+  // take the row's colour differences; elsewhere green sites take the column's and the other
+  // colour's sites the diagonals'.
+  int FillVector(int rowCode, int own, const uint8_t* gu, const uint8_t* g0, const uint8_t* gd,
+                 const uint8_t* xu, uint8_t* x0, const uint8_t* xd) const {
+    using namespace vec;
+    const bool colourRow = rowCode == own || (rowCode ^ 3) == own;
+    int c = 1;
+    for (; c + 8 <= n_ - 1; c += 8) {
+      const int x = xs_ - 3 + c;
+      const int first = rowCode ^ ((x & 1) * 3);  // code of lane 0
+      const __m128i g = Load8(g0 + c);
+      __m128i v;
+      if (colourRow) {
+        const __m128i d = _mm_sub_epi16(_mm_add_epi16(Load8(x0 + c - 1), Load8(x0 + c + 1)),
+                                        _mm_add_epi16(Load8(g0 + c - 1), Load8(g0 + c + 1)));
+        v = Blend(ParityMask(first == own), Load8(x0 + c), _mm_add_epi16(g, _mm_srai_epi16(d, 1)));
+      } else {
+        const __m128i dv = _mm_sub_epi16(_mm_add_epi16(Load8(xu + c), Load8(xd + c)),
+                                         _mm_add_epi16(Load8(gu + c), Load8(gd + c)));
+        const __m128i sx = _mm_add_epi16(_mm_add_epi16(Load8(xu + c - 1), Load8(xu + c + 1)),
+                                         _mm_add_epi16(Load8(xd + c - 1), Load8(xd + c + 1)));
+        const __m128i sg = _mm_add_epi16(_mm_add_epi16(Load8(gu + c - 1), Load8(gu + c + 1)),
+                                         _mm_add_epi16(Load8(gd + c - 1), Load8(gd + c + 1)));
+        v = Blend(ParityMask((first & 1) != 0), _mm_add_epi16(g, _mm_srai_epi16(dv, 1)),
+                  _mm_add_epi16(g, _mm_srai_epi16(_mm_sub_epi16(sx, sg), 2)));
+      }
+      Store8(x0 + c, v);  // saturation to 0..255 is the clip
+    }
+    return c;
+  }
+
+  // Vector part of Vote; returns the first column left over.
+  int VoteVector(int t, int8_t* out) const {
+    using namespace vec;
+    const uint8_t* rgb[3][2][3];  // row (up, mid, down), result (V, H), channel
+    for (int r = 0; r < 3; ++r)
+      for (int h = 0; h < 2; ++h) {
+        rgb[r][h][0] = ColourRow(t - 1 + r, 0, h);
+        rgb[r][h][1] = GreenRow(t - 1 + r, h);
+        rgb[r][h][2] = ColourRow(t - 1 + r, 1, h);
+      }
+    auto at = [&](int r, int h, int c) {
+      return ToYcc(rgb[r][h][0], rgb[r][h][1], rgb[r][h][2], c);
+    };
+    int c = 2;
+    for (; c + 8 <= n_ - 2; c += 8) {
+      Dist d[2][4];  // result (V, H); left, right, up, down
+      for (int h = 0; h < 2; ++h) {
+        const vec::Ycc m = at(1, h, c);
+        d[h][0] = Distance(m, at(1, h, c - 1));
+        d[h][1] = Distance(m, at(1, h, c + 1));
+        d[h][2] = Distance(m, at(0, h, c));
+        d[h][3] = Distance(m, at(2, h, c));
+      }
+      const __m128i eY =
+          _mm_min_epi16(_mm_max_epi16(d[1][0].y, d[1][1].y), _mm_max_epi16(d[0][2].y, d[0][3].y));
+      const __m128 eLo =
+          _mm_min_ps(_mm_max_ps(d[0][2].lo, d[0][3].lo), _mm_max_ps(d[1][0].lo, d[1][1].lo));
+      const __m128 eHi =
+          _mm_min_ps(_mm_max_ps(d[0][2].hi, d[0][3].hi), _mm_max_ps(d[1][0].hi, d[1][1].hi));
+      // masks are -1 where a neighbour counts: vote = count H - count V = sum V - sum H
+      __m128i vote = _mm_setzero_si128();
+      for (int k = 0; k < 4; ++k) {
+        vote = _mm_add_epi16(vote, Within(d[0][k], eY, eLo, eHi));
+        vote = _mm_sub_epi16(vote, Within(d[1][k], eY, eLo, eHi));
+      }
+      _mm_storel_epi64(reinterpret_cast<__m128i*>(out + c), _mm_packs_epi16(vote, vote));
+    }
+    return c;
+  }
+#endif
+
   Ycc YccAt(int t, int h, int c) const {
     return ToYcc(Get<T>(ColourRow(t, 0, h), c), Get<T>(GreenRow(t, h), c),
                  Get<T>(ColourRow(t, 1, h), c));
@@ -244,9 +422,14 @@ class StripRun {
   // Votes of row v (ring position t) for columns xs - 1 .. xe.
   void Vote(int /*v*/, int t) {
     int8_t* out = VoteRow(t);
-    Ycc lh = YccAt(t, 1, 1), lv = YccAt(t, 0, 1);
-    Ycc mh = YccAt(t, 1, 2), mv = YccAt(t, 0, 2);
-    for (int c = 2; c < n_ - 2; ++c) {
+    int c = 2;
+#if KRO_SIMD
+    if constexpr (kVector) c = VoteVector(t, out);
+#endif
+    if (c >= n_ - 2) return;
+    Ycc lh = YccAt(t, 1, c - 1), lv = YccAt(t, 0, c - 1);
+    Ycc mh = YccAt(t, 1, c), mv = YccAt(t, 0, c);
+    for (; c < n_ - 2; ++c) {
       const Ycc rh = YccAt(t, 1, c + 1), rv = YccAt(t, 0, c + 1);
       const Ycc uh = YccAt(t - 1, 1, c), uv = YccAt(t - 1, 0, c);
       const Ycc dh = YccAt(t + 1, 1, c), dv = YccAt(t + 1, 0, c);
