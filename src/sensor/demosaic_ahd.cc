@@ -161,6 +161,16 @@ inline __m128i Green(__m128i a, __m128i b, __m128i a2, __m128i b2, __m128i c) {
 struct Ycc {
   __m128i y, cb, cr;
 };
+// Lanes of the column before (last lane of `before`, then m's first seven) and of the column
+// after (m's last seven, then next's first).
+inline Ycc ShiftIn(const Ycc& m, const Ycc& before) {
+  return {_mm_alignr_epi8(m.y, before.y, 14), _mm_alignr_epi8(m.cb, before.cb, 14),
+          _mm_alignr_epi8(m.cr, before.cr, 14)};
+}
+inline Ycc ShiftOut(const Ycc& next, const Ycc& m) {
+  return {_mm_alignr_epi8(next.y, m.y, 2), _mm_alignr_epi8(next.cb, m.cb, 2),
+          _mm_alignr_epi8(next.cr, m.cr, 2)};
+}
 inline Ycc ToYcc(const uint8_t* r, const uint8_t* g, const uint8_t* b, int c) {
   const __m128i R = Load8(r + c), G = Load8(g + c), B = Load8(b + c);
   const __m128i k128 = _mm_set1_epi16(128);
@@ -313,7 +323,7 @@ class StripRun {
         uint8_t* x0 = ColourRow(t, colour, h);
         int c = 1;
 #if KRO_SIMD
-        if constexpr (kVector) c = FillVector(rowCode, own, gu, g0, gd, xu, x0, xd);
+        if constexpr (kVector) c = FillVector(rowCode, own, SrcRow(i), gu, g0, gd, xu, x0, xd);
 #endif
         for (; c < n_ - 1; ++c) {
           const int code = rowCode ^ (((xs_ - 3 + c) & 1) * 3);
@@ -344,8 +354,8 @@ class StripRun {
   // In a row of the colour, its sites keep the raw sample (rewritten unchanged) and green sites
   // take the row's colour differences; elsewhere green sites take the column's and the other
   // colour's sites the diagonals'.
-  int FillVector(int rowCode, int own, const uint8_t* gu, const uint8_t* g0, const uint8_t* gd,
-                 const uint8_t* xu, uint8_t* x0, const uint8_t* xd) const {
+  int FillVector(int rowCode, int own, const T* raw, const uint8_t* gu, const uint8_t* g0,
+                 const uint8_t* gd, const uint8_t* xu, uint8_t* x0, const uint8_t* xd) const {
     using namespace vec;
     const bool colourRow = rowCode == own || (rowCode ^ 3) == own;
     int c = 1;
@@ -355,9 +365,12 @@ class StripRun {
       const __m128i g = Load8(g0 + c);
       __m128i v;
       if (colourRow) {
-        const __m128i d = _mm_sub_epi16(_mm_add_epi16(Load8(x0 + c - 1), Load8(x0 + c + 1)),
+        // the raw samples are read from the source row (the same values as the scratch row
+        // holds at the colour's sites), which keeps the loads clear of the stores just made
+        const T* r = raw + x;
+        const __m128i d = _mm_sub_epi16(_mm_add_epi16(Load8(r - 1), Load8(r + 1)),
                                         _mm_add_epi16(Load8(g0 + c - 1), Load8(g0 + c + 1)));
-        v = Blend(ParityMask(first == own), Load8(x0 + c), _mm_add_epi16(g, _mm_srai_epi16(d, 1)));
+        v = Blend(ParityMask(first == own), Load8(r), _mm_add_epi16(g, _mm_srai_epi16(d, 1)));
       } else {
         const __m128i dv = _mm_sub_epi16(_mm_add_epi16(Load8(xu + c), Load8(xd + c)),
                                          _mm_add_epi16(Load8(gu + c), Load8(gd + c)));
@@ -386,15 +399,24 @@ class StripRun {
     auto at = [&](int r, int h, int c) {
       return ToYcc(rgb[r][h][0], rgb[r][h][1], rgb[r][h][2], c);
     };
+    // The middle row's values of a block serve its neighbours too: left and right come from
+    // the block before and the block after, shifted in by one column.
     int c = 2;
+    vec::Ycc mid[2] = {at(1, 0, c), at(1, 1, c)}, before[2];
     for (; c + 8 <= n_ - 2; c += 8) {
       Dist d[2][4];  // result (V, H); left, right, up, down
+      const bool haveNext = c + 16 <= n_;
       for (int h = 0; h < 2; ++h) {
-        const vec::Ycc m = at(1, h, c);
-        d[h][0] = Distance(m, at(1, h, c - 1));
-        d[h][1] = Distance(m, at(1, h, c + 1));
+        const vec::Ycc& m = mid[h];
+        const vec::Ycc left = c == 2 ? at(1, h, c - 1) : ShiftIn(m, before[h]);
+        vec::Ycc next = haveNext ? at(1, h, c + 8) : m;
+        const vec::Ycc right = haveNext ? ShiftOut(next, m) : at(1, h, c + 1);
+        d[h][0] = Distance(m, left);
+        d[h][1] = Distance(m, right);
         d[h][2] = Distance(m, at(0, h, c));
         d[h][3] = Distance(m, at(2, h, c));
+        before[h] = m;
+        mid[h] = next;
       }
       const __m128i eY =
           _mm_min_epi16(_mm_max_epi16(d[1][0].y, d[1][1].y), _mm_max_epi16(d[0][2].y, d[0][3].y));
@@ -454,22 +476,41 @@ class StripRun {
   // decision of this row's run, which starts horizontal.
   void Finish(int o, int t) {
     const int8_t *vu = VoteRow(t - 1), *v0 = VoteRow(t), *vd = VoteRow(t + 1);
+    const uint8_t* rgb[2][3] = {{ColourRow(t, 0, 0), GreenRow(t, 0), ColourRow(t, 1, 0)},
+                                {ColourRow(t, 0, 1), GreenRow(t, 1), ColourRow(t, 1, 1)}};
     T* out = j_.dst + (o - j_.y1) * j_.dstStep;
-    int prev = 1;
-    int left = vu[2] + v0[2] + vd[2], mid = vu[3] + v0[3] + vd[3];
-    for (int c = 3; c < n_ - 3; ++c) {
-      const int right = vu[c + 1] + v0[c + 1] + vd[c + 1];
-      int s = left + mid + right;
-      left = mid, mid = right;
-      if (s == 0) s = prev;
-      prev = s;
-      const int x = xs_ - 3 + c;
-      if (x < j_.x1) continue;
-      const int h = s < 0 ? 0 : 1;
-      T* px = out + 3 * static_cast<std::ptrdiff_t>(x - j_.x1);
-      px[0] = static_cast<T>(Get<T>(ColourRow(t, 0, h), c));
-      px[1] = static_cast<T>(Get<T>(GreenRow(t, h), c));
-      px[2] = static_cast<T>(Get<T>(ColourRow(t, 1, h), c));
+    const int skip = j_.x1 - (xs_ - 3);  // entry of the region's first column
+    int last = 1;                        // the last non-zero sum of this run
+    auto emit = [&](int c, int s) {
+      last = s != 0 ? s : last;
+      if (c < skip) return;
+      const uint8_t* const* from = rgb[last < 0 ? 0 : 1];
+      T* px = out + 3 * static_cast<std::ptrdiff_t>(c - skip);
+      px[0] = static_cast<T>(Get<T>(from[0], c));
+      px[1] = static_cast<T>(Get<T>(from[1], c));
+      px[2] = static_cast<T>(Get<T>(from[2], c));
+    };
+    int c = 3;
+#if KRO_SIMD
+    if constexpr (kVector) {
+      // the 3 x 3 sums of sixteen columns at once (each within -36..36)
+      auto load = [](const int8_t* p) {
+        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+      };
+      auto column = [&](int k) {
+        return _mm_add_epi8(_mm_add_epi8(load(vu + k), load(v0 + k)), load(vd + k));
+      };
+      for (; c + 16 <= n_ - 3; c += 16) {
+        alignas(16) int8_t sums[16];
+        _mm_store_si128(reinterpret_cast<__m128i*>(sums),
+                        _mm_add_epi8(_mm_add_epi8(column(c - 1), column(c)), column(c + 1)));
+        for (int i = 0; i < 16; ++i) emit(c + i, sums[i]);
+      }
+    }
+#endif
+    for (; c < n_ - 3; ++c) {
+      emit(c, vu[c - 1] + v0[c - 1] + vd[c - 1] + vu[c] + v0[c] + vd[c] + vu[c + 1] + v0[c + 1] +
+                  vd[c + 1]);
     }
   }
 
