@@ -171,24 +171,31 @@ inline Ycc ShiftOut(const Ycc& next, const Ycc& m) {
   return {_mm_alignr_epi8(next.y, m.y, 2), _mm_alignr_epi8(next.cb, m.cb, 2),
           _mm_alignr_epi8(next.cr, m.cr, 2)};
 }
+// Red and blue interleaved as bytes meet their weights in one multiply-add per component (the
+// pair sums stay within -9690..28560, below saturation); green's weights go separately, 129 as
+// a shift and an add. The luma sum reaches 56228 and is shifted as unsigned.
+constexpr short kWeights(int onRed, int onBlue) {
+  return static_cast<short>(static_cast<uint16_t>((onRed & 0xFF) | ((onBlue & 0xFF) << 8)));
+}
 inline Ycc ToYcc(const uint8_t* r, const uint8_t* g, const uint8_t* b, int c) {
-  const __m128i R = Load8(r + c), G = Load8(g + c), B = Load8(b + c);
+  const __m128i rb = _mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(r + c)),
+                                       _mm_loadl_epi64(reinterpret_cast<const __m128i*>(b + c)));
+  const __m128i G = Load8(g + c);
   const __m128i k128 = _mm_set1_epi16(128);
   Ycc o;
-  o.y = _mm_srli_epi16(_mm_add_epi16(_mm_add_epi16(_mm_mullo_epi16(R, _mm_set1_epi16(66)),
-                                                   _mm_mullo_epi16(G, _mm_set1_epi16(129))),
-                                     _mm_add_epi16(_mm_mullo_epi16(B, _mm_set1_epi16(25)), k128)),
-                       8);
+  o.y = _mm_srli_epi16(
+      _mm_add_epi16(_mm_add_epi16(_mm_maddubs_epi16(rb, _mm_set1_epi16(kWeights(66, 25))),
+                                  _mm_add_epi16(_mm_slli_epi16(G, 7), G)),
+                    k128),
+      8);
   o.cb = _mm_srai_epi16(
-      _mm_add_epi16(_mm_sub_epi16(_mm_mullo_epi16(B, _mm_set1_epi16(112)),
-                                  _mm_add_epi16(_mm_mullo_epi16(R, _mm_set1_epi16(38)),
-                                                _mm_mullo_epi16(G, _mm_set1_epi16(74)))),
+      _mm_add_epi16(_mm_sub_epi16(_mm_maddubs_epi16(rb, _mm_set1_epi16(kWeights(-38, 112))),
+                                  _mm_mullo_epi16(G, _mm_set1_epi16(74))),
                     k128),
       8);
   o.cr = _mm_srai_epi16(
-      _mm_add_epi16(_mm_sub_epi16(_mm_mullo_epi16(R, _mm_set1_epi16(112)),
-                                  _mm_add_epi16(_mm_mullo_epi16(G, _mm_set1_epi16(94)),
-                                                _mm_mullo_epi16(B, _mm_set1_epi16(18)))),
+      _mm_add_epi16(_mm_sub_epi16(_mm_maddubs_epi16(rb, _mm_set1_epi16(kWeights(112, -18))),
+                                  _mm_mullo_epi16(G, _mm_set1_epi16(94))),
                     k128),
       8);
   return o;
