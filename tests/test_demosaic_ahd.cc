@@ -336,6 +336,20 @@ TYPED_TEST(DemosaicAHD, WindowsMatchModel) {
   }
 }
 
+// Interior strips of every width 1..130 (the 8-bit interior runs eight and sixteen columns a
+// turn with scalar remainders), on steps with padding and odd starts.
+TYPED_TEST(DemosaicAHD, EveryInteriorWidthMatchesModel) {
+  using T = TypeParam;
+  std::mt19937 rng(13);
+  for (int w = 1; w <= 130; ++w) {
+    const int wd = w + 10, ht = 14, grid = w % 4;
+    const std::vector<int> img = RandomImage(rng, wd, ht, 0, w % 2 ? Depth<T>::kMax : 40);
+    const Model model(img, wd, ht, grid, Depth<T>::kMax);
+    const KroRect rect = {0, 0, wd, ht};
+    ASSERT_EQ(Call<T>(img, wd, ht, rect, grid, w % 9), model.Run(rect)) << w;
+  }
+}
+
 // A large step anywhere in 16-bit data: squared chroma distances wrap in 32 bits.
 TEST(DemosaicAHD16u, WrappedChromaDistancesMatchModel) {
   std::mt19937 rng(3);
