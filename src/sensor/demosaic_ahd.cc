@@ -218,6 +218,33 @@ inline __m128i Within(const Dist& d, __m128i eY, __m128 eLo, __m128 eHi) {
   return _mm_andnot_si128(_mm_cmpgt_epi16(d.y, eY), c);
 }
 
+// Sixteen pixels of three planes stored as 48 interleaved bytes R, G, B.
+struct InterleaveMasks {
+  alignas(16) int8_t m[3][3][16];  // [output block][channel][byte]
+};
+constexpr InterleaveMasks MakeInterleaveMasks() {
+  InterleaveMasks r{};
+  for (int block = 0; block < 3; ++block)
+    for (int k = 0; k < 3; ++k)
+      for (int i = 0; i < 16; ++i) {
+        const int j = 16 * block + i;
+        r.m[block][k][i] = static_cast<int8_t>(j % 3 == k ? j / 3 : -128);
+      }
+  return r;
+}
+inline constexpr InterleaveMasks kInterleave = MakeInterleaveMasks();
+inline void StoreRgb(uint8_t* out, const __m128i ch[3]) {
+  for (int block = 0; block < 3; ++block) {
+    __m128i v = _mm_setzero_si128();
+    for (int k = 0; k < 3; ++k) {
+      v = _mm_or_si128(
+          v, _mm_shuffle_epi8(
+                 ch[k], _mm_load_si128(reinterpret_cast<const __m128i*>(kInterleave.m[block][k]))));
+    }
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 16 * block), v);
+  }
+}
+
 }  // namespace vec
 #endif
 
@@ -241,8 +268,9 @@ template <class T, bool kFold>
 class StripRun {
  public:
   static constexpr int kMax = sizeof(T) == 1 ? 255 : 65535;
-  // The interior of 8-bit data runs eight columns a turn; the scalar loops finish each row.
-  static constexpr bool kVector = KRO_SIMD && sizeof(T) == 1 && !kFold;
+  // 8-bit data runs eight or sixteen columns a turn, the scalar loops finish each row (and do
+  // the columns of a border strip whose reads need the mirror).
+  static constexpr bool kVector = KRO_SIMD && sizeof(T) == 1;
 
   StripRun(const Job<T>& job, int xs, int xe) : j_(job), xs_(xs), n_(xe - xs + 6) {}
 
@@ -279,10 +307,35 @@ class StripRun {
     // raw samples go to both results' rows of their colour
     const int rawColour = (rowCode == 0 || rowCode == 3) ? 0 : 1;  // red in this row, or blue
     uint8_t *xv = ColourRow(t, rawColour, 0), *xh = ColourRow(t, rawColour, 1);
+    auto scalar = [&](int from, int to) {
+      for (int c = from; c < to; ++c) {
+        const int x = xs_ - 3 + c;
+        const int code = rowCode ^ ((x & 1) * 3);
+        const int cx = Col(x);
+        const int s = r0[cx];
+        if (code & 1) {
+          Put<T>(gv, c, s);
+          Put<T>(gh, c, s);
+        } else {
+          Put<T>(gh, c, Green(r0[Col(x - 1)], r0[Col(x + 1)], r0[Col(x - 2)], r0[Col(x + 2)], s));
+          Put<T>(gv, c, Green(rm1[cx], rp1[cx], rm2[cx], rp2[cx], s));
+          Put<T>(xv, c, s);
+          Put<T>(xh, c, s);
+        }
+      }
+    };
     int c = 0;
 #if KRO_SIMD
     if constexpr (kVector) {
-      for (; c + 8 <= n_; c += 8) {
+      // Blocks whose reads (columns x - 2 .. x + 9) lie in the image; a border strip does the
+      // columns near the left and right edges through the mirror.
+      int cMax = n_;
+      if (kFold) {
+        c = std::max(0, 5 - xs_);
+        cMax = j_.wd - 7 - xs_;
+        scalar(0, std::min(c, n_));
+      }
+      for (; c + 8 <= n_ && c <= cMax; c += 8) {
         const int x = xs_ - 3 + c;
         // green sites keep their sample; the raw row goes whole into the colour rows, whose
         // other entries are filled later
@@ -300,21 +353,7 @@ class StripRun {
       }
     }
 #endif
-    for (; c < n_; ++c) {
-      const int x = xs_ - 3 + c;
-      const int code = rowCode ^ ((x & 1) * 3);
-      const int cx = Col(x);
-      const int s = r0[cx];
-      if (code & 1) {
-        Put<T>(gv, c, s);
-        Put<T>(gh, c, s);
-      } else {
-        Put<T>(gh, c, Green(r0[Col(x - 1)], r0[Col(x + 1)], r0[Col(x - 2)], r0[Col(x + 2)], s));
-        Put<T>(gv, c, Green(rm1[cx], rp1[cx], rm2[cx], rp2[cx], s));
-        Put<T>(xv, c, s);
-        Put<T>(xh, c, s);
-      }
-    }
+    scalar(std::min(c, n_), n_);
   }
 
   // Red and blue of row i (ring position t) in both results, from raw samples of rows i - 1,
@@ -373,8 +412,9 @@ class StripRun {
       __m128i v;
       if (colourRow) {
         // the raw samples are read from the source row (the same values as the scratch row
-        // holds at the colour's sites), which keeps the loads clear of the stores just made
-        const T* r = raw + x;
+        // holds at the colour's sites), which keeps the loads clear of the stores just made;
+        // a border strip reads the scratch row, whose colour sites are never overwritten
+        const uint8_t* r = kFold ? x0 + c : raw + x;
         const __m128i d = _mm_sub_epi16(_mm_add_epi16(Load8(r - 1), Load8(r + 1)),
                                         _mm_add_epi16(Load8(g0 + c - 1), Load8(g0 + c + 1)));
         v = Blend(ParityMask(first == own), Load8(r), _mm_add_epi16(g, _mm_srai_epi16(d, 1)));
@@ -508,10 +548,31 @@ class StripRun {
         return _mm_add_epi8(_mm_add_epi8(load(vu + k), load(v0 + k)), load(vd + k));
       };
       for (; c + 16 <= n_ - 3; c += 16) {
-        alignas(16) int8_t sums[16];
-        _mm_store_si128(reinterpret_cast<__m128i*>(sums),
-                        _mm_add_epi8(_mm_add_epi8(column(c - 1), column(c)), column(c + 1)));
-        for (int i = 0; i < 16; ++i) emit(c + i, sums[i]);
+        const __m128i sums = _mm_add_epi8(_mm_add_epi8(column(c - 1), column(c)), column(c + 1));
+        if (c < skip) {  // the run starts left of the region: pixel by pixel up to it
+          alignas(16) int8_t each[16];
+          _mm_store_si128(reinterpret_cast<__m128i*>(each), sums);
+          for (int i = 0; i < 16; ++i) emit(c + i, each[i]);
+          continue;
+        }
+        // Each lane takes the last non-zero sum at or before it (the run's last decision
+        // before the block fills the lanes in front), in four doubling steps.
+        const __m128i zero = _mm_setzero_si128(), carry = _mm_set1_epi8(static_cast<char>(last));
+        __m128i v = sums;
+        v = vec::Blend(_mm_cmpeq_epi8(v, zero), _mm_alignr_epi8(v, carry, 15), v);
+        v = vec::Blend(_mm_cmpeq_epi8(v, zero), _mm_alignr_epi8(v, carry, 14), v);
+        v = vec::Blend(_mm_cmpeq_epi8(v, zero), _mm_alignr_epi8(v, carry, 12), v);
+        v = vec::Blend(_mm_cmpeq_epi8(v, zero), _mm_alignr_epi8(v, carry, 8), v);
+        last = static_cast<int8_t>(_mm_extract_epi16(v, 7) >> 8);
+        const __m128i vertical = _mm_cmplt_epi8(v, zero);
+        __m128i ch[3];
+        for (int k = 0; k < 3; ++k) {
+          ch[k] =
+              vec::Blend(vertical, _mm_loadu_si128(reinterpret_cast<const __m128i*>(rgb[0][k] + c)),
+                         _mm_loadu_si128(reinterpret_cast<const __m128i*>(rgb[1][k] + c)));
+        }
+        vec::StoreRgb(reinterpret_cast<uint8_t*>(out) + 3 * static_cast<std::ptrdiff_t>(c - skip),
+                      ch);
       }
     }
 #endif
