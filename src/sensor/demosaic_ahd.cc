@@ -161,12 +161,7 @@ inline __m128i Green(__m128i a, __m128i b, __m128i a2, __m128i b2, __m128i c) {
 struct Ycc {
   __m128i y, cb, cr;
 };
-// Lanes of the column before (last lane of `before`, then m's first seven) and of the column
-// after (m's last seven, then next's first).
-inline Ycc ShiftIn(const Ycc& m, const Ycc& before) {
-  return {_mm_alignr_epi8(m.y, before.y, 14), _mm_alignr_epi8(m.cb, before.cb, 14),
-          _mm_alignr_epi8(m.cr, before.cr, 14)};
-}
+// Lanes of the column after: m's last seven, then next's first.
 inline Ycc ShiftOut(const Ycc& next, const Ycc& m) {
   return {_mm_alignr_epi8(next.y, m.y, 2), _mm_alignr_epi8(next.cb, m.cb, 2),
           _mm_alignr_epi8(next.cr, m.cr, 2)};
@@ -210,6 +205,13 @@ inline Dist Distance(const Ycc& m, const Ycc& n) {
   const __m128i lo = _mm_unpacklo_epi16(dcb, dcr), hi = _mm_unpackhi_epi16(dcb, dcr);
   return {_mm_abs_epi16(_mm_sub_epi16(m.y, n.y)), _mm_cvtepi32_ps(_mm_madd_epi16(lo, lo)),
           _mm_cvtepi32_ps(_mm_madd_epi16(hi, hi))};
+}
+// The distances of the column before: the last lane of `before`, then d's first seven.
+inline Dist ShiftIn(const Dist& d, const Dist& before) {
+  auto in = [](__m128 a) { return _mm_castps_si128(a); };
+  return {_mm_alignr_epi8(d.y, before.y, 14),
+          _mm_castsi128_ps(_mm_alignr_epi8(in(d.lo), in(before.hi), 12)),
+          _mm_castsi128_ps(_mm_alignr_epi8(in(d.hi), in(d.lo), 12))};
 }
 // All-ones lanes where both distances are within the thresholds.
 inline __m128i Within(const Dist& d, __m128i eY, __m128 eLo, __m128 eHi) {
@@ -446,23 +448,23 @@ class StripRun {
     auto at = [&](int r, int h, int c) {
       return ToYcc(rgb[r][h][0], rgb[r][h][1], rgb[r][h][2], c);
     };
-    // The middle row's values of a block serve its neighbours too: left and right come from
-    // the block before and the block after, shifted in by one column.
+    // The middle row's values of a block serve its neighbours too: the right neighbours come
+    // from the block after, shifted in by one column, and since a distance is symmetric each
+    // pixel's left distance is its left neighbour's right distance.
     int c = 2;
-    vec::Ycc mid[2] = {at(1, 0, c), at(1, 1, c)}, before[2];
+    vec::Ycc mid[2] = {at(1, 0, c), at(1, 1, c)};
+    Dist lastRight[2];
     for (; c + 8 <= n_ - 2; c += 8) {
       Dist d[2][4];  // result (V, H); left, right, up, down
       const bool haveNext = c + 16 <= n_;
       for (int h = 0; h < 2; ++h) {
         const vec::Ycc& m = mid[h];
-        const vec::Ycc left = c == 2 ? at(1, h, c - 1) : ShiftIn(m, before[h]);
         vec::Ycc next = haveNext ? at(1, h, c + 8) : m;
-        const vec::Ycc right = haveNext ? ShiftOut(next, m) : at(1, h, c + 1);
-        d[h][0] = Distance(m, left);
-        d[h][1] = Distance(m, right);
+        d[h][1] = Distance(m, haveNext ? ShiftOut(next, m) : at(1, h, c + 1));
+        d[h][0] = c == 2 ? Distance(m, at(1, h, c - 1)) : ShiftIn(d[h][1], lastRight[h]);
         d[h][2] = Distance(m, at(0, h, c));
         d[h][3] = Distance(m, at(2, h, c));
-        before[h] = m;
+        lastRight[h] = d[h][1];
         mid[h] = next;
       }
       const __m128i eY =
