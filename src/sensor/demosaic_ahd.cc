@@ -195,29 +195,25 @@ inline Ycc ToYcc(const uint8_t* r, const uint8_t* g, const uint8_t* b, int c) {
       8);
   return o;
 }
-// Luma distance in 16-bit lanes, squared chroma distance as two halves of four floats.
+// Luma distance, and squared chroma distance saturated to 32767, in 16-bit lanes. Saturation
+// keeps the order, and a comparison with a threshold below 32767 stays exact; a block with a
+// threshold at 32767 is done again by the scalar steps.
 struct Dist {
-  __m128i y;
-  __m128 lo, hi;
+  __m128i y, c;
 };
 inline Dist Distance(const Ycc& m, const Ycc& n) {
   const __m128i dcb = _mm_sub_epi16(m.cb, n.cb), dcr = _mm_sub_epi16(m.cr, n.cr);
   const __m128i lo = _mm_unpacklo_epi16(dcb, dcr), hi = _mm_unpackhi_epi16(dcb, dcr);
-  return {_mm_abs_epi16(_mm_sub_epi16(m.y, n.y)), _mm_cvtepi32_ps(_mm_madd_epi16(lo, lo)),
-          _mm_cvtepi32_ps(_mm_madd_epi16(hi, hi))};
+  return {_mm_abs_epi16(_mm_sub_epi16(m.y, n.y)),
+          _mm_packs_epi32(_mm_madd_epi16(lo, lo), _mm_madd_epi16(hi, hi))};
 }
 // The distances of the column before: the last lane of `before`, then d's first seven.
 inline Dist ShiftIn(const Dist& d, const Dist& before) {
-  auto in = [](__m128 a) { return _mm_castps_si128(a); };
-  return {_mm_alignr_epi8(d.y, before.y, 14),
-          _mm_castsi128_ps(_mm_alignr_epi8(in(d.lo), in(before.hi), 12)),
-          _mm_castsi128_ps(_mm_alignr_epi8(in(d.hi), in(d.lo), 12))};
+  return {_mm_alignr_epi8(d.y, before.y, 14), _mm_alignr_epi8(d.c, before.c, 14)};
 }
-// All-ones lanes where both distances are within the thresholds.
-inline __m128i Within(const Dist& d, __m128i eY, __m128 eLo, __m128 eHi) {
-  const __m128i c = _mm_packs_epi32(_mm_castps_si128(_mm_cmple_ps(d.lo, eLo)),
-                                    _mm_castps_si128(_mm_cmple_ps(d.hi, eHi)));
-  return _mm_andnot_si128(_mm_cmpgt_epi16(d.y, eY), c);
+// All-ones lanes where a distance exceeds its threshold (the neighbour does not count).
+inline __m128i Fails(const Dist& d, __m128i eY, __m128i eC) {
+  return _mm_or_si128(_mm_cmpgt_epi16(d.y, eY), _mm_cmpgt_epi16(d.c, eC));
 }
 
 // Sixteen pixels of three planes stored as 48 interleaved bytes R, G, B.
@@ -285,6 +281,15 @@ class StripRun {
       if (t >= 2) FillColours(q - 1, t - 1);
       if (t >= 4) Vote(q - 2, t - 2);
       if (t >= 6) Finish(q - 3, t - 3);
+    }
+  }
+
+  // Votes of ring position t through the vector body (where built) or the scalar steps alone.
+  void VoteForTest(int t, bool vector) {
+    if (vector) {
+      Vote(0, t);
+    } else {
+      VoteColumns(t, VoteRow(t), 2, n_ - 2);
     }
   }
 
@@ -469,17 +474,18 @@ class StripRun {
       }
       const __m128i eY =
           _mm_min_epi16(_mm_max_epi16(d[1][0].y, d[1][1].y), _mm_max_epi16(d[0][2].y, d[0][3].y));
-      const __m128 eLo =
-          _mm_min_ps(_mm_max_ps(d[0][2].lo, d[0][3].lo), _mm_max_ps(d[1][0].lo, d[1][1].lo));
-      const __m128 eHi =
-          _mm_min_ps(_mm_max_ps(d[0][2].hi, d[0][3].hi), _mm_max_ps(d[1][0].hi, d[1][1].hi));
-      // masks are -1 where a neighbour counts: vote = count H - count V = sum V - sum H
+      const __m128i eC =
+          _mm_min_epi16(_mm_max_epi16(d[0][2].c, d[0][3].c), _mm_max_epi16(d[1][0].c, d[1][1].c));
+      // masks are -1 where a neighbour fails: vote = count H - count V = fails V - fails H
       __m128i vote = _mm_setzero_si128();
       for (int k = 0; k < 4; ++k) {
-        vote = _mm_add_epi16(vote, Within(d[0][k], eY, eLo, eHi));
-        vote = _mm_sub_epi16(vote, Within(d[1][k], eY, eLo, eHi));
+        vote = _mm_add_epi16(vote, Fails(d[1][k], eY, eC));
+        vote = _mm_sub_epi16(vote, Fails(d[0][k], eY, eC));
       }
       _mm_storel_epi64(reinterpret_cast<__m128i*>(out + c), _mm_packs_epi16(vote, vote));
+      if (_mm_movemask_epi8(_mm_cmpeq_epi16(eC, _mm_set1_epi16(32767))) != 0) {
+        VoteColumns(t, out, c, c + 8);  // a saturated threshold: these columns exactly
+      }
     }
     return c;
   }
@@ -497,10 +503,14 @@ class StripRun {
 #if KRO_SIMD
     if constexpr (kVector) c = VoteVector(t, out);
 #endif
-    if (c >= n_ - 2) return;
-    Ycc lh = YccAt(t, 1, c - 1), lv = YccAt(t, 0, c - 1);
-    Ycc mh = YccAt(t, 1, c), mv = YccAt(t, 0, c);
-    for (; c < n_ - 2; ++c) {
+    VoteColumns(t, out, c, n_ - 2);
+  }
+
+  void VoteColumns(int t, int8_t* out, int from, int to) const {
+    if (from >= to) return;
+    Ycc lh = YccAt(t, 1, from - 1), lv = YccAt(t, 0, from - 1);
+    Ycc mh = YccAt(t, 1, from), mv = YccAt(t, 0, from);
+    for (int c = from; c < to; ++c) {
       const Ycc rh = YccAt(t, 1, c + 1), rv = YccAt(t, 0, c + 1);
       const Ycc uh = YccAt(t - 1, 1, c), uv = YccAt(t - 1, 0, c);
       const Ycc dh = YccAt(t + 1, 1, c), dv = YccAt(t + 1, 0, c);
@@ -587,6 +597,17 @@ class StripRun {
   const Job<T>& j_;
   int xs_, n_;
 };
+
+}  // namespace
+
+void VoteRow8u(uint8_t* tmp, int tmpStep, int n, int t, bool vector) {
+  Job<uint8_t> job{};
+  job.tmp = tmp;
+  job.tmpStep = tmpStep;
+  StripRun<uint8_t, false>(job, 3, n - 3).VoteForTest(t, vector);
+}
+
+namespace {
 
 template <class T>
 kroStatus Demosaic(const T* src, KroRect srcRect, KroSize srcSize, int srcStep, T* dst, int dstStep,
