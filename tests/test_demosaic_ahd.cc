@@ -385,6 +385,10 @@ TEST(DemosaicAHD8u, VoteBodyMatchesScalarSteps) {
     const int t = 1 + n % 4;
     ahd::VoteRow8u(a.data(), step, n, t, true);
     ahd::VoteRow8u(b.data(), step, n, t, false);
+    // Equal everywhere but the vote row's last two entries, past the last vote, which the
+    // body may overwrite.
+    const int votes = (14 + 5 * (t % 4)) * step;
+    for (int i : {votes + n - 2, votes + n - 1}) a[i] = b[i] = 0;
     ASSERT_EQ(a, b) << n;
   }
 }

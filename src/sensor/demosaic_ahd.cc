@@ -456,10 +456,13 @@ class StripRun {
     // The middle row's values of a block serve its neighbours too: the right neighbours come
     // from the block after, shifted in by one column, and since a distance is symmetric each
     // pixel's left distance is its left neighbour's right distance.
+    // A block reads the entries c - 1 .. c + 8 and writes votes c .. c + 7; votes past n - 3
+    // (the last one needed) land in the row's last two entries, which nothing reads.
     int c = 2;
+    if (c + 9 > n_) return c;
     vec::Ycc mid[2] = {at(1, 0, c), at(1, 1, c)};
     Dist lastRight[2];
-    for (; c + 8 <= n_ - 2; c += 8) {
+    for (; c + 9 <= n_; c += 8) {
       Dist d[2][4];  // result (V, H); left, right, up, down
       const bool haveNext = c + 16 <= n_;
       for (int h = 0; h < 2; ++h) {
