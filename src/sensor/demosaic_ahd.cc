@@ -273,14 +273,39 @@ class StripRun {
   StripRun(const Job<T>& job, int xs, int xe) : j_(job), xs_(xs), n_(xe - xs + 6) {}
 
   void Run(int ys, int ye) {
+    if (kVector && !kFold && ((ye - ys) & 1) == 0) {
+      RunPairs(ys, ye);
+      return;
+    }
     // Step t makes green and raw colour of row ys - 3 + t, fills the colours of the row above,
     // votes two rows above and finishes the row three above.
     for (int t = 0; t <= ye - ys + 5; ++t) {
       const int q = ys - 3 + t;
-      MakeGreenAndRaw(q, t);
-      if (t >= 2) FillColours(q - 1, t - 1);
+      MakeGreenAndRaw(q, t, true);
+      if (t >= 2) FillColours(q - 1, t - 1, false);
       if (t >= 4) Vote(q - 2, t - 2);
       if (t >= 6) Finish(q - 3, t - 3);
+    }
+  }
+
+  // The interior, two rows a turn: the turn for rows a, a + 1 makes green of rows a + 2, a + 3
+  // and the colours of rows a + 1, a + 2, votes rows a and a + 1 together (the rows between
+  // them serve both) and finishes rows a - 1 and a. The colour ring then holds rows a - 1 to
+  // a + 2, all of it, so the raw samples of the rows around a colour row are read from the
+  // image, which the interior reads directly anyway.
+  void RunPairs(int ys, int ye) {
+    const int t0 = 3 - ys;  // ring position of row r is r + t0
+    for (int r = ys - 3; r <= ys; ++r) MakeGreenAndRaw(r, r + t0, false);
+    FillColours(ys - 2, ys - 2 + t0, true);
+    FillColours(ys - 1, ys - 1 + t0, true);
+    for (int a = ys - 1; a < ye; a += 2) {
+      MakeGreenAndRaw(a + 2, a + 2 + t0, false);
+      MakeGreenAndRaw(a + 3, a + 3 + t0, false);
+      FillColours(a + 1, a + 1 + t0, true);
+      FillColours(a + 2, a + 2 + t0, true);
+      VotePair(a + t0);
+      if (a > ys) Finish(a - 1, a - 1 + t0);
+      if (a >= ys) Finish(a, a + t0);
     }
   }
 
@@ -306,7 +331,7 @@ class StripRun {
   int Col(int x) const { return kFold ? Fold(x, j_.wd) : x; }
   int RowCode(int y) const { return j_.pGrid ^ (y & 1); }
 
-  void MakeGreenAndRaw(int q, int t) {
+  void MakeGreenAndRaw(int q, int t, bool withRaw) {
     const T* r0 = SrcRow(q);
     const T *rm1 = SrcRow(q - 1), *rp1 = SrcRow(q + 1), *rm2 = SrcRow(q - 2), *rp2 = SrcRow(q + 2);
     uint8_t *gv = GreenRow(t, 0), *gh = GreenRow(t, 1);
@@ -326,8 +351,10 @@ class StripRun {
         } else {
           Put<T>(gh, c, Green(r0[Col(x - 1)], r0[Col(x + 1)], r0[Col(x - 2)], r0[Col(x + 2)], s));
           Put<T>(gv, c, Green(rm1[cx], rp1[cx], rm2[cx], rp2[cx], s));
-          Put<T>(xv, c, s);
-          Put<T>(xh, c, s);
+          if (withRaw) {
+            Put<T>(xv, c, s);
+            Put<T>(xh, c, s);
+          }
         }
       }
     };
@@ -355,8 +382,10 @@ class StripRun {
         vec::Store8(gv + c, vec::Blend(keep, s0,
                                        vec::Green(vec::Load8(rm1 + x), vec::Load8(rp1 + x),
                                                   vec::Load8(rm2 + x), vec::Load8(rp2 + x), s0)));
-        std::memcpy(xv + c, p, 8);
-        std::memcpy(xh + c, p, 8);
+        if (withRaw) {
+          std::memcpy(xv + c, p, 8);
+          std::memcpy(xh + c, p, 8);
+        }
       }
     }
 #endif
@@ -365,27 +394,36 @@ class StripRun {
 
   // Red and blue of row i (ring position t) in both results, from raw samples of rows i - 1,
   // i, i + 1 and the result's green there.
-  void FillColours(int i, int t) {
+  // fromSource (interior only): the raw samples of rows i - 1, i, i + 1 are read from the
+  // image, and the colour's own sites are written too; otherwise they come from the rings.
+  void FillColours(int i, int t, bool fromSource) {
     const int rowCode = RowCode(i);
+    // the image rows as entries: entry c is column xs - 3 + c
+    auto entries = [&](int y) { return reinterpret_cast<const uint8_t*>(SrcRow(y) + (xs_ - 3)); };
     for (int h = 0; h < 2; ++h) {
       const uint8_t *gu = GreenRow(t - 1, h), *g0 = GreenRow(t, h), *gd = GreenRow(t + 1, h);
       for (int colour = 0; colour < 2; ++colour) {
         const int own = colour == 0 ? 0 : 2;    // code of the colour's sites
         const int inRow = colour == 0 ? 3 : 1;  // code of green sites in a row of the colour
-        const uint8_t *xu = ColourRow(t - 1, colour, h), *xd = ColourRow(t + 1, colour, h);
         uint8_t* x0 = ColourRow(t, colour, h);
+        const uint8_t* xu = fromSource ? entries(i - 1) : ColourRow(t - 1, colour, h);
+        const uint8_t* xd = fromSource ? entries(i + 1) : ColourRow(t + 1, colour, h);
+        const uint8_t* xr = fromSource ? entries(i) : x0;
         int c = 1;
 #if KRO_SIMD
         if constexpr (kVector) c = FillVector(rowCode, own, SrcRow(i), gu, g0, gd, xu, x0, xd);
 #endif
         for (; c < n_ - 1; ++c) {
           const int code = rowCode ^ (((xs_ - 3 + c) & 1) * 3);
-          if (code == own) continue;
+          if (code == own) {
+            if (fromSource) Put<T>(x0, c, Get<T>(xr, c));
+            continue;
+          }
           const int g = Get<T>(g0, c);
           int v;
           if (code == inRow) {
-            v = g + (((Get<T>(x0, c - 1) - Get<T>(g0, c - 1)) +
-                      (Get<T>(x0, c + 1) - Get<T>(g0, c + 1))) >>
+            v = g + (((Get<T>(xr, c - 1) - Get<T>(g0, c - 1)) +
+                      (Get<T>(xr, c + 1) - Get<T>(g0, c + 1))) >>
                      1);
           } else if (code & 1) {
             v = g + (((Get<T>(xu, c) + Get<T>(xd, c)) - (Get<T>(gu, c) + Get<T>(gd, c))) >> 1);
@@ -440,6 +478,74 @@ class StripRun {
     return c;
   }
 
+  // Votes of the rows at ring positions t and t + 1.
+  void VotePair(int t) {
+    int8_t *out1 = VoteRow(t), *out2 = VoteRow(t + 1);
+    const int c = VotePairVector(t, out1, out2);
+    VoteColumns(t, out1, c, n_ - 2);
+    VoteColumns(t + 1, out2, c, n_ - 2);
+  }
+
+  // Votes of eight columns from the distances of both results (left, right, up, down).
+  void StoreVotes(const vec::Dist (&d)[2][4], int t, int8_t* out, int c) const {
+    using namespace vec;
+    const __m128i eY =
+        _mm_min_epi16(_mm_max_epi16(d[1][0].y, d[1][1].y), _mm_max_epi16(d[0][2].y, d[0][3].y));
+    const __m128i eC =
+        _mm_min_epi16(_mm_max_epi16(d[0][2].c, d[0][3].c), _mm_max_epi16(d[1][0].c, d[1][1].c));
+    // masks are -1 where a neighbour fails: vote = count H - count V = fails V - fails H
+    __m128i vote = _mm_setzero_si128();
+    for (int k = 0; k < 4; ++k) {
+      vote = _mm_add_epi16(vote, Fails(d[1][k], eY, eC));
+      vote = _mm_sub_epi16(vote, Fails(d[0][k], eY, eC));
+    }
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(out + c), _mm_packs_epi16(vote, vote));
+    if (_mm_movemask_epi8(_mm_cmpeq_epi16(eC, _mm_set1_epi16(32767))) != 0) {
+      VoteColumns(t, out, c, c + 8);  // a saturated threshold: these columns exactly
+    }
+  }
+
+  // Vector part of VotePair: rows t - 1 .. t + 2 of both results give each row's luma-chroma
+  // once, and the distance between the two middle rows serves both.
+  int VotePairVector(int t, int8_t* out1, int8_t* out2) const {
+    using namespace vec;
+    const uint8_t* rgb[4][2][3];  // row (t - 1 .. t + 2), result (V, H), channel
+    for (int r = 0; r < 4; ++r)
+      for (int h = 0; h < 2; ++h) {
+        rgb[r][h][0] = ColourRow(t - 1 + r, 0, h);
+        rgb[r][h][1] = GreenRow(t - 1 + r, h);
+        rgb[r][h][2] = ColourRow(t - 1 + r, 1, h);
+      }
+    auto at = [&](int r, int h, int c) {
+      return ToYcc(rgb[r][h][0], rgb[r][h][1], rgb[r][h][2], c);
+    };
+    int c = 2;
+    if (c + 9 > n_) return c;
+    vec::Ycc mid[2][2] = {{at(1, 0, c), at(2, 0, c)}, {at(1, 1, c), at(2, 1, c)}};
+    Dist lastRight[2][2];
+    for (; c + 9 <= n_; c += 8) {
+      Dist d1[2][4], d2[2][4];  // rows t, t + 1; result (V, H); left, right, up, down
+      const bool haveNext = c + 16 <= n_;
+      for (int h = 0; h < 2; ++h) {
+        d1[h][2] = Distance(mid[h][0], at(0, h, c));
+        d1[h][3] = d2[h][2] = Distance(mid[h][0], mid[h][1]);
+        d2[h][3] = Distance(mid[h][1], at(3, h, c));
+        for (int r = 0; r < 2; ++r) {
+          Dist(&d)[2][4] = r == 0 ? d1 : d2;
+          const vec::Ycc m = mid[h][r];
+          const vec::Ycc next = haveNext ? at(1 + r, h, c + 8) : m;
+          d[h][1] = Distance(m, haveNext ? ShiftOut(next, m) : at(1 + r, h, c + 1));
+          d[h][0] = c == 2 ? Distance(m, at(1 + r, h, c - 1)) : ShiftIn(d[h][1], lastRight[h][r]);
+          lastRight[h][r] = d[h][1];
+          mid[h][r] = next;
+        }
+      }
+      StoreVotes(d1, t, out1, c);
+      StoreVotes(d2, t + 1, out2, c);
+    }
+    return c;
+  }
+
   // Vector part of Vote; returns the first column left over.
   int VoteVector(int t, int8_t* out) const {
     using namespace vec;
@@ -475,20 +581,7 @@ class StripRun {
         lastRight[h] = d[h][1];
         mid[h] = next;
       }
-      const __m128i eY =
-          _mm_min_epi16(_mm_max_epi16(d[1][0].y, d[1][1].y), _mm_max_epi16(d[0][2].y, d[0][3].y));
-      const __m128i eC =
-          _mm_min_epi16(_mm_max_epi16(d[0][2].c, d[0][3].c), _mm_max_epi16(d[1][0].c, d[1][1].c));
-      // masks are -1 where a neighbour fails: vote = count H - count V = fails V - fails H
-      __m128i vote = _mm_setzero_si128();
-      for (int k = 0; k < 4; ++k) {
-        vote = _mm_add_epi16(vote, Fails(d[1][k], eY, eC));
-        vote = _mm_sub_epi16(vote, Fails(d[0][k], eY, eC));
-      }
-      _mm_storel_epi64(reinterpret_cast<__m128i*>(out + c), _mm_packs_epi16(vote, vote));
-      if (_mm_movemask_epi8(_mm_cmpeq_epi16(eC, _mm_set1_epi16(32767))) != 0) {
-        VoteColumns(t, out, c, c + 8);  // a saturated threshold: these columns exactly
-      }
+      StoreVotes(d, t, out, c);
     }
     return c;
   }
