@@ -400,6 +400,13 @@ class StripRun {
     const int rowCode = RowCode(i);
     // the image rows as entries: entry c is column xs - 3 + c
     auto entries = [&](int y) { return reinterpret_cast<const uint8_t*>(SrcRow(y) + (xs_ - 3)); };
+    int start = 1;
+#if KRO_SIMD
+    if constexpr (kVector && !kFold) {
+      if (fromSource)
+        start = FillFromSourceVector(rowCode, entries(i - 1), entries(i), entries(i + 1), t);
+    }
+#endif
     for (int h = 0; h < 2; ++h) {
       const uint8_t *gu = GreenRow(t - 1, h), *g0 = GreenRow(t, h), *gd = GreenRow(t + 1, h);
       for (int colour = 0; colour < 2; ++colour) {
@@ -409,9 +416,11 @@ class StripRun {
         const uint8_t* xu = fromSource ? entries(i - 1) : ColourRow(t - 1, colour, h);
         const uint8_t* xd = fromSource ? entries(i + 1) : ColourRow(t + 1, colour, h);
         const uint8_t* xr = fromSource ? entries(i) : x0;
-        int c = 1;
+        int c = start;
 #if KRO_SIMD
-        if constexpr (kVector) c = FillVector(rowCode, own, SrcRow(i), gu, g0, gd, xu, x0, xd);
+        if constexpr (kVector) {
+          if (!fromSource) c = FillVector(rowCode, own, SrcRow(i), gu, g0, gd, xu, x0, xd);
+        }
 #endif
         for (; c < n_ - 1; ++c) {
           const int code = rowCode ^ (((xs_ - 3 + c) & 1) * 3);
@@ -441,6 +450,45 @@ class StripRun {
   }
 
 #if KRO_SIMD
+  // Vector part of FillColours in the interior: both colours of both results in one pass, the
+  // image's raw sums shared by all four. Returns the first column left over.
+  int FillFromSourceVector(int rowCode, const uint8_t* ru, const uint8_t* r0, const uint8_t* rd,
+                           int t) const {
+    using namespace vec;
+    const int present = (rowCode == 0 || rowCode == 3) ? 0 : 1;  // this row's colour
+    const int presentCode = present == 0 ? 0 : 2;
+    int c = 1;
+    for (; c + 8 <= n_ - 1; c += 8) {
+      const int x = xs_ - 3 + c;
+      const __m128i atColour = ParityMask((rowCode ^ ((x & 1) * 3)) == presentCode);
+      const __m128i raw = Load8(r0 + c);
+      const __m128i rawRow = _mm_add_epi16(Load8(r0 + c - 1), Load8(r0 + c + 1));
+      const __m128i rawColumn = _mm_add_epi16(Load8(ru + c), Load8(rd + c));
+      const __m128i rawDiagonal =
+          _mm_add_epi16(_mm_add_epi16(Load8(ru + c - 1), Load8(ru + c + 1)),
+                        _mm_add_epi16(Load8(rd + c - 1), Load8(rd + c + 1)));
+      for (int h = 0; h < 2; ++h) {
+        const uint8_t *gu = GreenRow(t - 1, h), *g0 = GreenRow(t, h), *gd = GreenRow(t + 1, h);
+        const __m128i g = Load8(g0 + c);
+        const __m128i gRow = _mm_add_epi16(Load8(g0 + c - 1), Load8(g0 + c + 1));
+        const __m128i gColumn = _mm_add_epi16(Load8(gu + c), Load8(gd + c));
+        const __m128i gDiagonal =
+            _mm_add_epi16(_mm_add_epi16(Load8(gu + c - 1), Load8(gu + c + 1)),
+                          _mm_add_epi16(Load8(gd + c - 1), Load8(gd + c + 1)));
+        // the row's colour: its sites keep the sample, green sites take the row's differences
+        Store8(
+            ColourRow(t, present, h) + c,
+            Blend(atColour, raw, _mm_add_epi16(g, _mm_srai_epi16(_mm_sub_epi16(rawRow, gRow), 1))));
+        // the other colour: diagonals at the row's colour sites, the column at green sites
+        Store8(ColourRow(t, 1 - present, h) + c,
+               Blend(atColour,
+                     _mm_add_epi16(g, _mm_srai_epi16(_mm_sub_epi16(rawDiagonal, gDiagonal), 2)),
+                     _mm_add_epi16(g, _mm_srai_epi16(_mm_sub_epi16(rawColumn, gColumn), 1))));
+      }
+    }
+    return c;
+  }
+
   // Vector part of FillColours for one colour and result; returns the first column left over.
   // In a row of the colour, its sites keep the raw sample (rewritten unchanged) and green sites
   // take the row's colour differences; elsewhere green sites take the column's and the other
