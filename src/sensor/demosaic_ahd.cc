@@ -273,7 +273,7 @@ class StripRun {
   StripRun(const Job<T>& job, int xs, int xe) : j_(job), xs_(xs), n_(xe - xs + 6) {}
 
   void Run(int ys, int ye) {
-    if (kVector && !kFold && ((ye - ys) & 1) == 0) {
+    if (!kFold && ((ye - ys) & 1) == 0) {
       RunPairs(ys, ye);
       return;
     }
@@ -288,10 +288,10 @@ class StripRun {
     }
   }
 
-  // The interior, two rows a turn: the turn for rows a, a + 1 makes green of rows a + 2, a + 3
-  // and the colours of rows a + 1, a + 2, votes rows a and a + 1 together (the rows between
-  // them serve both) and finishes rows a - 1 and a. The colour ring then holds rows a - 1 to
-  // a + 2, all of it, so the raw samples of the rows around a colour row are read from the
+  // The interior (always of even height), two rows a turn: the turn for rows a, a + 1 makes green
+  // of rows a + 2, a + 3 and the colours of rows a + 1, a + 2, votes rows a and a + 1 together (the
+  // rows between them serve both) and finishes rows a - 1 and a. The colour ring then holds rows a
+  // - 1 to a + 2, all of it, so the raw samples of the rows around a colour row are read from the
   // image, which the interior reads directly anyway.
   void RunPairs(int ys, int ye) {
     const int t0 = 3 - ys;  // ring position of row r is r + t0
@@ -307,6 +307,17 @@ class StripRun {
       if (a > ys) Finish(a - 1, a - 1 + t0);
       if (a >= ys) Finish(a, a + t0);
     }
+  }
+
+  // Votes of the rows at ring positions t and t + 1.
+  void VotePair(int t) {
+    int8_t* const out[2] = {VoteRow(t), VoteRow(t + 1)};
+    int c = 2;
+#if KRO_SIMD
+    if constexpr (kVector) c = VoteVector<2>(t, out);
+#endif
+    VoteColumns(t, out[0], c, n_ - 2);
+    VoteColumns(t + 1, out[1], c, n_ - 2);
   }
 
   // Votes of ring position t through the vector body (where built) or the scalar steps alone.
@@ -526,14 +537,6 @@ class StripRun {
     return c;
   }
 
-  // Votes of the rows at ring positions t and t + 1.
-  void VotePair(int t) {
-    int8_t *out1 = VoteRow(t), *out2 = VoteRow(t + 1);
-    const int c = VotePairVector(t, out1, out2);
-    VoteColumns(t, out1, c, n_ - 2);
-    VoteColumns(t + 1, out2, c, n_ - 2);
-  }
-
   // Votes of eight columns from the distances of both results (left, right, up, down).
   void StoreVotes(const vec::Dist (&d)[2][4], int t, int8_t* out, int c) const {
     using namespace vec;
@@ -553,12 +556,18 @@ class StripRun {
     }
   }
 
-  // Vector part of VotePair: rows t - 1 .. t + 2 of both results give each row's luma-chroma
-  // once, and the distance between the two middle rows serves both.
-  int VotePairVector(int t, int8_t* out1, int8_t* out2) const {
+  // Vector votes of kRows rows (one, or two in the interior) from ring position t on; returns
+  // the first column left over. Each middle row's luma-chroma is computed once: the right
+  // neighbours come from the block after, shifted in by one column, and since a distance is
+  // symmetric a pixel's left distance is its left neighbour's right distance, and the distance
+  // between two middle rows serves both. A block reads the entries c - 1 .. c + 8 and writes
+  // votes c .. c + 7; votes past n - 3 (the last one needed) land in the row's last two
+  // entries, which nothing reads.
+  template <int kRows>
+  int VoteVector(int t, int8_t* const (&out)[kRows]) const {
     using namespace vec;
-    const uint8_t* rgb[4][2][3];  // row (t - 1 .. t + 2), result (V, H), channel
-    for (int r = 0; r < 4; ++r)
+    const uint8_t* rgb[kRows + 2][2][3];  // row (t - 1 .. t + kRows), result (V, H), channel
+    for (int r = 0; r < kRows + 2; ++r)
       for (int h = 0; h < 2; ++h) {
         rgb[r][h][0] = ColourRow(t - 1 + r, 0, h);
         rgb[r][h][1] = GreenRow(t - 1 + r, h);
@@ -569,67 +578,30 @@ class StripRun {
     };
     int c = 2;
     if (c + 9 > n_) return c;
-    vec::Ycc mid[2][2] = {{at(1, 0, c), at(2, 0, c)}, {at(1, 1, c), at(2, 1, c)}};
-    Dist lastRight[2][2];
+    vec::Ycc mid[2][kRows];
+    for (int h = 0; h < 2; ++h)
+      for (int r = 0; r < kRows; ++r) mid[h][r] = at(1 + r, h, c);
+    Dist lastRight[2][kRows];
     for (; c + 9 <= n_; c += 8) {
-      Dist d1[2][4], d2[2][4];  // rows t, t + 1; result (V, H); left, right, up, down
+      Dist d[kRows][2][4];  // row; result (V, H); left, right, up, down
       const bool haveNext = c + 16 <= n_;
       for (int h = 0; h < 2; ++h) {
-        d1[h][2] = Distance(mid[h][0], at(0, h, c));
-        d1[h][3] = d2[h][2] = Distance(mid[h][0], mid[h][1]);
-        d2[h][3] = Distance(mid[h][1], at(3, h, c));
-        for (int r = 0; r < 2; ++r) {
-          Dist(&d)[2][4] = r == 0 ? d1 : d2;
+        d[0][h][2] = Distance(mid[h][0], at(0, h, c));
+        for (int r = 0; r + 1 < kRows; ++r) {
+          d[r][h][3] = d[r + 1][h][2] = Distance(mid[h][r], mid[h][r + 1]);
+        }
+        d[kRows - 1][h][3] = Distance(mid[h][kRows - 1], at(kRows + 1, h, c));
+        for (int r = 0; r < kRows; ++r) {
           const vec::Ycc m = mid[h][r];
           const vec::Ycc next = haveNext ? at(1 + r, h, c + 8) : m;
-          d[h][1] = Distance(m, haveNext ? ShiftOut(next, m) : at(1 + r, h, c + 1));
-          d[h][0] = c == 2 ? Distance(m, at(1 + r, h, c - 1)) : ShiftIn(d[h][1], lastRight[h][r]);
-          lastRight[h][r] = d[h][1];
+          d[r][h][1] = Distance(m, haveNext ? ShiftOut(next, m) : at(1 + r, h, c + 1));
+          d[r][h][0] =
+              c == 2 ? Distance(m, at(1 + r, h, c - 1)) : ShiftIn(d[r][h][1], lastRight[h][r]);
+          lastRight[h][r] = d[r][h][1];
           mid[h][r] = next;
         }
       }
-      StoreVotes(d1, t, out1, c);
-      StoreVotes(d2, t + 1, out2, c);
-    }
-    return c;
-  }
-
-  // Vector part of Vote; returns the first column left over.
-  int VoteVector(int t, int8_t* out) const {
-    using namespace vec;
-    const uint8_t* rgb[3][2][3];  // row (up, mid, down), result (V, H), channel
-    for (int r = 0; r < 3; ++r)
-      for (int h = 0; h < 2; ++h) {
-        rgb[r][h][0] = ColourRow(t - 1 + r, 0, h);
-        rgb[r][h][1] = GreenRow(t - 1 + r, h);
-        rgb[r][h][2] = ColourRow(t - 1 + r, 1, h);
-      }
-    auto at = [&](int r, int h, int c) {
-      return ToYcc(rgb[r][h][0], rgb[r][h][1], rgb[r][h][2], c);
-    };
-    // The middle row's values of a block serve its neighbours too: the right neighbours come
-    // from the block after, shifted in by one column, and since a distance is symmetric each
-    // pixel's left distance is its left neighbour's right distance.
-    // A block reads the entries c - 1 .. c + 8 and writes votes c .. c + 7; votes past n - 3
-    // (the last one needed) land in the row's last two entries, which nothing reads.
-    int c = 2;
-    if (c + 9 > n_) return c;
-    vec::Ycc mid[2] = {at(1, 0, c), at(1, 1, c)};
-    Dist lastRight[2];
-    for (; c + 9 <= n_; c += 8) {
-      Dist d[2][4];  // result (V, H); left, right, up, down
-      const bool haveNext = c + 16 <= n_;
-      for (int h = 0; h < 2; ++h) {
-        const vec::Ycc& m = mid[h];
-        vec::Ycc next = haveNext ? at(1, h, c + 8) : m;
-        d[h][1] = Distance(m, haveNext ? ShiftOut(next, m) : at(1, h, c + 1));
-        d[h][0] = c == 2 ? Distance(m, at(1, h, c - 1)) : ShiftIn(d[h][1], lastRight[h]);
-        d[h][2] = Distance(m, at(0, h, c));
-        d[h][3] = Distance(m, at(2, h, c));
-        lastRight[h] = d[h][1];
-        mid[h] = next;
-      }
-      StoreVotes(d, t, out, c);
+      for (int r = 0; r < kRows; ++r) StoreVotes(d[r], t + r, out[r], c);
     }
     return c;
   }
@@ -645,7 +617,10 @@ class StripRun {
     int8_t* out = VoteRow(t);
     int c = 2;
 #if KRO_SIMD
-    if constexpr (kVector) c = VoteVector(t, out);
+    if constexpr (kVector) {
+      int8_t* const rows[1] = {out};
+      c = VoteVector<1>(t, rows);
+    }
 #endif
     VoteColumns(t, out, c, n_ - 2);
   }
