@@ -158,6 +158,18 @@ inline __m128i Green(__m128i a, __m128i b, __m128i a2, __m128i b2, __m128i c) {
   return _mm_max_epi16(_mm_min_epi16(g, _mm_max_epi16(a, b)), _mm_min_epi16(a, b));
 }
 
+// A plane's sample at a column and its sums over the row's, the column's and the diagonal
+// neighbours, for eight columns from c.
+struct Around {
+  __m128i centre, row, column, diagonal;
+};
+inline Around Sums(const uint8_t* up, const uint8_t* mid, const uint8_t* down, int c) {
+  return {Load8(mid + c), _mm_add_epi16(Load8(mid + c - 1), Load8(mid + c + 1)),
+          _mm_add_epi16(Load8(up + c), Load8(down + c)),
+          _mm_add_epi16(_mm_add_epi16(Load8(up + c - 1), Load8(up + c + 1)),
+                        _mm_add_epi16(Load8(down + c - 1), Load8(down + c + 1)))};
+}
+
 struct Ycc {
   __m128i y, cb, cr;
 };
@@ -472,29 +484,18 @@ class StripRun {
     for (; c + 8 <= n_ - 1; c += 8) {
       const int x = xs_ - 3 + c;
       const __m128i atColour = ParityMask((rowCode ^ ((x & 1) * 3)) == presentCode);
-      const __m128i raw = Load8(r0 + c);
-      const __m128i rawRow = _mm_add_epi16(Load8(r0 + c - 1), Load8(r0 + c + 1));
-      const __m128i rawColumn = _mm_add_epi16(Load8(ru + c), Load8(rd + c));
-      const __m128i rawDiagonal =
-          _mm_add_epi16(_mm_add_epi16(Load8(ru + c - 1), Load8(ru + c + 1)),
-                        _mm_add_epi16(Load8(rd + c - 1), Load8(rd + c + 1)));
+      const vec::Around raw = vec::Sums(ru, r0, rd, c);
       for (int h = 0; h < 2; ++h) {
-        const uint8_t *gu = GreenRow(t - 1, h), *g0 = GreenRow(t, h), *gd = GreenRow(t + 1, h);
-        const __m128i g = Load8(g0 + c);
-        const __m128i gRow = _mm_add_epi16(Load8(g0 + c - 1), Load8(g0 + c + 1));
-        const __m128i gColumn = _mm_add_epi16(Load8(gu + c), Load8(gd + c));
-        const __m128i gDiagonal =
-            _mm_add_epi16(_mm_add_epi16(Load8(gu + c - 1), Load8(gu + c + 1)),
-                          _mm_add_epi16(Load8(gd + c - 1), Load8(gd + c + 1)));
+        const vec::Around g = vec::Sums(GreenRow(t - 1, h), GreenRow(t, h), GreenRow(t + 1, h), c);
         // the row's colour: its sites keep the sample, green sites take the row's differences
-        Store8(
-            ColourRow(t, present, h) + c,
-            Blend(atColour, raw, _mm_add_epi16(g, _mm_srai_epi16(_mm_sub_epi16(rawRow, gRow), 1))));
+        auto plus = [&](__m128i rawSum, __m128i greenSum, int shift) {
+          return _mm_add_epi16(
+              g.centre, _mm_sra_epi16(_mm_sub_epi16(rawSum, greenSum), _mm_cvtsi32_si128(shift)));
+        };
+        Store8(ColourRow(t, present, h) + c, Blend(atColour, raw.centre, plus(raw.row, g.row, 1)));
         // the other colour: diagonals at the row's colour sites, the column at green sites
         Store8(ColourRow(t, 1 - present, h) + c,
-               Blend(atColour,
-                     _mm_add_epi16(g, _mm_srai_epi16(_mm_sub_epi16(rawDiagonal, gDiagonal), 2)),
-                     _mm_add_epi16(g, _mm_srai_epi16(_mm_sub_epi16(rawColumn, gColumn), 1))));
+               Blend(atColour, plus(raw.diagonal, g.diagonal, 2), plus(raw.column, g.column, 1)));
       }
     }
     return c;
