@@ -12,15 +12,22 @@
 // as the signed value it wraps to.
 //
 // Reads outside the image are mirrored about its first and last row and column (the mirror
-// keeps each position's colour). The region is cut into an interior strip, which starts on a
-// red site with even width and height and reads the image directly, and up to four border
+// keeps each position's colour; it is applied again while a position is still outside, which
+// only a 5-pixel-wide image needs). The region is cut into an interior strip, which starts on
+// a red site with even width and height and reads the image directly, and up to four border
 // strips read through the mirror. The tie memory restarts at the first column of each strip
 // in every row, so the partition is part of the result.
 //
 // Scratch is the caller's: 30 rows tmpStep bytes apart, used as rings (green of each result,
 // five rows each; red and blue of each result and the votes, four rows each). A strip of w
 // computed columns uses w + 6 entries per row, entry c standing for column xs - 3 + c; entries
-// are samples (votes are signed bytes).
+// are samples (votes are signed bytes). Border strips go one row a turn and keep the raw
+// samples of a colour's rows in its ring rows; the interior goes two rows a turn, which needs
+// the whole colour ring for finished rows, and reads the raw samples from the image instead.
+//
+// 8-bit data runs vector bodies (eight or sixteen columns a turn) for every step, each giving
+// the values of the scalar steps, which finish each row and are the portable build's path. The
+// order of work has no effect on the result other than through the tie memory's start.
 //
 // Small regions: the strip table can give a strip that starts above or left of the region, or
 // reaches past it. Such a strip keeps its first column (where its tie memory starts) but only
