@@ -374,7 +374,7 @@ TYPED_TEST(DemosaicAHD, LargeChromaStepsMatchModel) {
 }
 
 // The 8-bit vote body against the scalar steps on scratch rows of arbitrary colours: corner
-// colours of the cube give squared chroma distances and thresholds past 32767.
+// colours of the cube give the largest squared chroma distances (past 32767).
 TEST(DemosaicAHD8u, VoteBodyMatchesScalarSteps) {
   std::mt19937 rng(21);
   for (int n = 5; n <= 140; ++n) {

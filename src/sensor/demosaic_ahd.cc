@@ -214,17 +214,18 @@ inline Ycc ToYcc(const uint8_t* r, const uint8_t* g, const uint8_t* b, int c) {
       8);
   return o;
 }
-// Luma distance, and squared chroma distance saturated to 32767, in 16-bit lanes. Saturation
-// keeps the order, and a comparison with a threshold below 32767 stays exact; a block with a
-// threshold at 32767 is done again by the scalar steps.
+// Luma distance and squared chroma distance in 16-bit lanes. Chroma of 8-bit samples lies in
+// -112..112, and the largest squared distance, between the colours of opposite corners of the
+// cube (green and magenta, 148^2 + 188^2), stays below 58000 even with the rounding: each square
+// is exact as an unsigned low half and so is their sum. The sum is offset by 32768 so that
+// signed comparisons order it.
 struct Dist {
   __m128i y, c;
 };
 inline Dist Distance(const Ycc& m, const Ycc& n) {
   const __m128i dcb = _mm_sub_epi16(m.cb, n.cb), dcr = _mm_sub_epi16(m.cr, n.cr);
-  const __m128i lo = _mm_unpacklo_epi16(dcb, dcr), hi = _mm_unpackhi_epi16(dcb, dcr);
-  return {_mm_abs_epi16(_mm_sub_epi16(m.y, n.y)),
-          _mm_packs_epi32(_mm_madd_epi16(lo, lo), _mm_madd_epi16(hi, hi))};
+  const __m128i sum = _mm_add_epi16(_mm_mullo_epi16(dcb, dcb), _mm_mullo_epi16(dcr, dcr));
+  return {_mm_abs_epi16(_mm_sub_epi16(m.y, n.y)), _mm_xor_si128(sum, _mm_set1_epi16(-32768))};
 }
 // The distances of the column before: the last lane of `before`, then d's first seven.
 inline Dist ShiftIn(const Dist& d, const Dist& before) {
@@ -546,7 +547,7 @@ class StripRun {
   }
 
   // Votes of eight columns from the distances of both results (left, right, up, down).
-  void StoreVotes(const vec::Dist (&d)[2][4], int t, int8_t* out, int c) const {
+  void StoreVotes(const vec::Dist (&d)[2][4], int8_t* out, int c) const {
     using namespace vec;
     const __m128i eY =
         _mm_min_epi16(_mm_max_epi16(d[1][0].y, d[1][1].y), _mm_max_epi16(d[0][2].y, d[0][3].y));
@@ -559,9 +560,6 @@ class StripRun {
       vote = _mm_sub_epi16(vote, Fails(d[0][k], eY, eC));
     }
     _mm_storel_epi64(reinterpret_cast<__m128i*>(out + c), _mm_packs_epi16(vote, vote));
-    if (_mm_movemask_epi8(_mm_cmpeq_epi16(eC, _mm_set1_epi16(32767))) != 0) {
-      VoteColumns(t, out, c, c + 8);  // a saturated threshold: these columns exactly
-    }
   }
 
   // Vector votes of kRows rows (one, or two in the interior) from ring position t on; returns
@@ -609,7 +607,7 @@ class StripRun {
           mid[h][r] = next;
         }
       }
-      for (int r = 0; r < kRows; ++r) StoreVotes(d[r], t + r, out[r], c);
+      for (int r = 0; r < kRows; ++r) StoreVotes(d[r], out[r], c);
     }
     return c;
   }
