@@ -321,12 +321,13 @@ TYPED_TEST(DemosaicAHD, WindowsMatchModel) {
   std::mt19937 rng(11);
   const int maxv = Depth<T>::kMax;
   for (int round = 0; round < 300; ++round) {
-    const int wd = 5 + rng() % 30, ht = 5 + rng() % 30, grid = rng() % 4;
+    // every third image is wide enough for long vector runs in the interior
+    const int wd = 5 + rng() % (round % 3 == 2 ? 120 : 30), ht = 5 + rng() % 30, grid = rng() % 4;
     const int hi = round % 3 == 0 ? maxv : (round % 3 == 1 ? 3 : maxv / 64);
     const std::vector<int> img = RandomImage(rng, wd, ht, 0, hi);
     const Model model(img, wd, ht, grid, maxv);
     const KroRect rect = {static_cast<int>(rng() % (wd + 4)) - 3,
-                          static_cast<int>(rng() % (ht + 4)) - 3, 1 + static_cast<int>(rng() % 40),
+                          static_cast<int>(rng() % (ht + 4)) - 3, 1 + static_cast<int>(rng() % 130),
                           1 + static_cast<int>(rng() % 40)};
     if (std::max(rect.x, 0) >= wd || std::max(rect.y, 0) >= ht) continue;
     ASSERT_EQ(Call<T>(img, wd, ht, rect, grid, round % 7), model.Run(rect))
@@ -335,22 +336,60 @@ TYPED_TEST(DemosaicAHD, WindowsMatchModel) {
   }
 }
 
-// A large step anywhere in 16-bit data: squared chroma distances wrap in 32 bits.
-TEST(DemosaicAHD16u, WrappedChromaDistancesMatchModel) {
+// Interior strips of every width 1..130 (the 8-bit interior runs eight and sixteen columns a
+// turn with scalar remainders), on steps with padding and odd starts.
+TYPED_TEST(DemosaicAHD, EveryInteriorWidthMatchesModel) {
+  using T = TypeParam;
+  std::mt19937 rng(13);
+  for (int w = 1; w <= 130; ++w) {
+    const int wd = w + 10, ht = 14, grid = w % 4;
+    const std::vector<int> img = RandomImage(rng, wd, ht, 0, w % 2 ? Depth<T>::kMax : 40);
+    const Model model(img, wd, ht, grid, Depth<T>::kMax);
+    const KroRect rect = {0, 0, wd, ht};
+    ASSERT_EQ(Call<T>(img, wd, ht, rect, grid, w % 9), model.Run(rect)) << w;
+  }
+}
+
+// Full-scale steps: red beside cyan gives squared chroma distances past 2^31 in 16-bit data,
+// where they wrap (and near 32767 in 8-bit data).
+TYPED_TEST(DemosaicAHD, LargeChromaStepsMatchModel) {
+  using T = TypeParam;
+  const int maxv = Depth<T>::kMax;
   std::mt19937 rng(3);
+  int large = 0;
   for (int round = 0; round < 20; ++round) {
-    const int wd = 24, ht = 20, grid = round % 4;
+    const int wd = 40, ht = 20, grid = round % 4;
     std::vector<int> img(wd * ht);
-    // Bands of full-scale samples two columns by four rows (red beside cyan, among others),
-    // mixed with noise.
+    // Bands of full-scale samples two columns by four rows, mixed with noise.
     for (int y = 0; y < ht; ++y)
       for (int x = 0; x < wd; ++x)
-        img[y * wd + x] =
-            rng() % 4 == 0 ? rng() % 65536 : ((((y + round) >> 1) ^ x) & 1 ? 0 : 65535);
-    const Model model(img, wd, ht, grid, 65535);
-    ASSERT_GT(model.wraps(), 0);
+        img[y * wd + x] = rng() % 4 == 0 ? static_cast<int>(rng() % (maxv + 1))
+                                         : ((((y + round) >> 1) ^ x) & 1 ? 0 : maxv);
+    const Model model(img, wd, ht, grid, maxv);
+    large += model.wraps();
     const KroRect rect = {0, 0, wd, ht};
-    ASSERT_EQ(Call<Kro16u>(img, wd, ht, rect, grid), model.Run(rect)) << round;
+    ASSERT_EQ(Call<T>(img, wd, ht, rect, grid), model.Run(rect)) << round;
+  }
+  EXPECT_EQ(large > 0, sizeof(T) == 2);
+}
+
+// The 8-bit vote body against the scalar steps on scratch rows of arbitrary colours: corner
+// colours of the cube give the largest squared chroma distances (past 32767).
+TEST(DemosaicAHD8u, VoteBodyMatchesScalarSteps) {
+  std::mt19937 rng(21);
+  for (int n = 5; n <= 140; ++n) {
+    const int step = n + n % 3;
+    std::vector<uint8_t> a(30 * step), b;
+    for (auto& v : a) v = rng() % 3 == 0 ? static_cast<uint8_t>(rng()) : (rng() & 1) * 255;
+    b = a;
+    const int t = 1 + n % 4;
+    ahd::VoteRow8u(a.data(), step, n, t, true);
+    ahd::VoteRow8u(b.data(), step, n, t, false);
+    // Equal everywhere but the vote row's last two entries, past the last vote, which the
+    // body may overwrite.
+    const int votes = (14 + 5 * (t % 4)) * step;
+    for (int i : {votes + n - 2, votes + n - 1}) a[i] = b[i] = 0;
+    ASSERT_EQ(a, b) << n;
   }
 }
 
