@@ -468,21 +468,22 @@ case $CASE in
     offered demosaic || exit 0
     methods=$("$K" demosaic --help | awk '/^methods/ { on = 1; next } on && /^  / { print $1; next } { on = 0 }')
     [ -n "$methods" ] || fail "demosaic offered without methods"
-    ppm 12 10 >c.ppm
+    ppm 13 11 >c.ppm
     for g in rggb grbg gbrg bggr; do
       # One colour everywhere: every method must give it back exactly, so the grid names agree
       # with the library's grid codes.
       flat 12 10 200 100 40 >f.ppm && ok convert f.ppm f.raw --to bayer --grid $g
-      ok convert c.ppm m.raw --to bayer --grid $g && ok convert m.raw m.pgm --from bayer --size 12x10
+      ok convert c.ppm m.raw --to bayer --grid $g && ok convert m.raw m.pgm --from bayer --size 13x11
       for meth in $methods; do
         ok demosaic f.raw out.ppm --size 12x10 --grid $g --method $meth
         cmp -s f.ppm out.ppm || fail "$meth $g: a flat colour came back as $(samples out.ppm 6 | paste -sd' ')"
-        # Each site keeps its own sample in its own channel.
-        ok demosaic m.raw d.ppm --size 12x10 --grid $g --method $meth
-        samples d.ppm 360 | paste - - - | awk -v g=$g -v w=12 '
+        # Each site keeps its own sample in its own channel (odd sizes, so rows and columns of
+        # both phases end the picture).
+        ok demosaic m.raw d.ppm --size 13x11 --grid $g --method $meth
+        samples d.ppm 429 | paste - - - | awk -v g=$g -v w=13 '
           BEGIN { split(g, c, ""); for (i = 1; i <= 4; i++) ch[i - 1] = c[i] == "r" ? 1 : c[i] == "g" ? 2 : 3 }
           { x = (NR - 1) % w; y = int((NR - 1) / w); print $(ch[(y % 2) * 2 + x % 2]) }' >site.txt
-        samples m.raw 120 >want.txt
+        samples m.raw 143 >want.txt
         cmp -s site.txt want.txt || fail "$meth $g: sites do not keep their samples"
         ok demosaic m.pgm d2.ppm --grid $g --method $meth
         cmp -s d.ppm d2.ppm || fail "$meth $g: PGM input differs from raw input"
