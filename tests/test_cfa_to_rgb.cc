@@ -232,6 +232,26 @@ TYPED_TEST(CfaToRgb, VectorInteriorMatchesScalarTwin) {
 }
 #endif
 
+// Negative steps walk both images upward from the pointers given: the same pixels as a
+// top-down copy.
+TYPED_TEST(CfaToRgb, NegativeSteps) {
+  using T = TypeParam;
+  std::mt19937 rng(19);
+  const int w = 45, h = 7, px = 3 * int(sizeof(T));
+  const auto im = Random<T>(w * h, rng, 1u << (8 * sizeof(T)));
+  std::vector<T> flipped(w * h), out(3 * w * h);
+  for (int y = 0; y < h; ++y) std::copy_n(&im[y * w], w, &flipped[(h - 1 - y) * w]);
+  ASSERT_EQ(Run(&flipped[(h - 1) * w], {1, 1, w, h}, {w, h}, -w * int(sizeof(T)),
+                &out[3 * (h - 2) * (w - 1)], -(w - 1) * px, 2),
+            kroStatusOk);
+  for (int y = 1; y < h; ++y)
+    for (int x = 1; x < w; ++x) {
+      const T* o = &out[3 * ((h - 1 - y) * (w - 1) + x - 1)];
+      ASSERT_EQ((std::array<uint32_t, 3>{o[0], o[1], o[2]}), Model(im, w, h, 2, x, y))
+          << x << "," << y;
+    }
+}
+
 // Source and destination each placed against an inaccessible page on either side: no read or
 // write leaves the image or the window, for widths whose last vector block ends at the border.
 TYPED_TEST(CfaToRgb, GuardPages) {

@@ -214,7 +214,7 @@ struct NoiseModel {
   float At(int x, int y) const { return noise[(index[x & 1023] + 2 * y + x) & 1023]; }
 };
 
-// Expected destination region (rows of w * samples elements, as int32) for one call.
+// The destination region as int32 samples, row after row (w * samples a row).
 std::vector<int32_t> Actual(const Export& ex, const Plane& dst, int w, int h) {
   std::vector<int32_t> out;
   for (int y = 0; y < h; ++y)
@@ -227,7 +227,7 @@ std::vector<int32_t> Actual(const Export& ex, const Plane& dst, int w, int h) {
   return out;
 }
 
-// `out` holds the destination as it was (alpha stays).
+// The expected region after one call; `out` holds the destination as it was (alpha stays).
 std::vector<int32_t> Expected(const Export& ex, const Plane& src, std::vector<int32_t> out, int w,
                               int h, int kind, int noise, int levels) {
   const Model m{ex, levels - 1};
