@@ -258,6 +258,22 @@ TEST_P(Yuv420ToRgb, ExtremeValues) {
   }
 }
 
+// Every Cb, Cr pair once (a 2x2 block each) with random luma: the vector forms' chroma terms are
+// checked over their whole domain.
+TEST_P(Yuv420ToRgb, EveryChromaPair) {
+  const Case& c = GetParam();
+  std::mt19937 rng(12);
+  Src420 s(Pairs(c.in), CrFirst(c.in), 518, 512);
+  s.Random(rng);
+  for (int y = 0; y < s.h; y += 2) {
+    for (int x = 0; x < s.w; x += 2) {
+      s.Cb(x, y) = static_cast<uint8_t>(x >> 1);
+      s.Cr(x, y) = static_cast<uint8_t>(y >> 1);
+    }
+  }
+  ExpectConversion(c, s, 0, 0, rng);
+}
+
 // W = 1 or H = 1: nothing is converted, +35 (or the size error of a 2 x 2 minimum).
 TEST_P(Yuv420ToRgb, SingleRowOrColumnWritesNothing) {
   const Case& c = GetParam();
