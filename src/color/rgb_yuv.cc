@@ -33,6 +33,20 @@ inline Lanes ForwardLanesA(__m128i r8, __m128i g8, __m128i b8) {
   return {y, _mm_adds_epi16(_mm_srai_epi16(u, 6), Set16(128)),
           _mm_adds_epi16(_mm_srai_epi16(v, 6), Set16(128))};
 }
+
+// Y-B: luma at twice the scale from R, G, B times 4 (products added R, B, G, then 1), chroma
+// from the wrapping differences 2 B - Y2 and 2 R - Y2.
+inline Lanes ForwardLanesB(__m128i r, __m128i g, __m128i b) {
+  const __m128i y2 = _mm_adds_epi16(
+      _mm_adds_epi16(_mm_adds_epi16(_mm_mulhi_epi16(Set16(9798), _mm_slli_epi16(r, 2)),
+                                    _mm_mulhi_epi16(Set16(3736), _mm_slli_epi16(b, 2))),
+                     _mm_mulhi_epi16(Set16(19235), _mm_slli_epi16(g, 2))),
+      Set16(1));
+  const __m128i u = _mm_mulhi_epi16(Set16(16121), _mm_sub_epi16(_mm_add_epi16(b, b), y2));
+  const __m128i v = _mm_mulhi_epi16(Set16(28737), _mm_sub_epi16(_mm_add_epi16(r, r), y2));
+  return {_mm_srai_epi16(y2, 1), _mm_adds_epi16(u, Set16(128)), _mm_adds_epi16(v, Set16(128))};
+}
+
 inline Lanes InverseLanesA(__m128i y, __m128i u, __m128i v) {
   const __m128i u8x = _mm_slli_epi16(_mm_subs_epi16(u, Set16(128)), 3);
   const __m128i v8x = _mm_slli_epi16(_mm_subs_epi16(v, Set16(128)), 3);
@@ -145,10 +159,10 @@ kroStatus kroiRGBToYUV_8u_AC4P4R(const Kro8u* src, int srcRowStep, Kro8u* const 
   KRO_CHECK(CheckNull(src, dstPlanes));
   KRO_CHECK(CheckSize(roi));
   KRO_CHECK(CheckPlanes(dstPlanes, 3));
+  constexpr auto row = KRO_MATRIX_ROW(8, ForwardLanesB, ForwardBlockB, ForwardTail2);
   for (int y = 0; y < roi.height; ++y) {
     const uint8_t* s = RowOf(src, srcRowStep, y);
-    ConvertRowScalar<8, ForwardBlockB, ForwardTail2>(
-        Packed(s, 4), Planar<uint8_t>(dstPlanes, dstRowStep, y), roi.width);
+    row(Packed(s, 4), Planar<uint8_t>(dstPlanes, dstRowStep, y), roi.width);
     uint8_t* alpha = RowOf(dstPlanes[3], dstRowStep, y);
     for (int x = 0; x < roi.width; ++x) alpha[x] = s[4 * x + 3];
   }
