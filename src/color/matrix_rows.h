@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "frame/simd.h"
 
@@ -223,6 +224,35 @@ inline void StorePacked4(uint8_t* p, const Lanes& v, int alpha) {
     _mm_storeu_si128(d + 3, _mm_unpackhi_epi16(h01, h2a));
   }
 }
+// Stores the three components of sixteen (or eight) 4-byte pixels and leaves every fourth byte
+// as it was: the pixels are put together in registers, and each goes out as its first three
+// bytes only.
+template <int kPixels>
+inline void StorePacked4KeepFourth(uint8_t* p, const Lanes& v) {
+  alignas(16) uint8_t pixels[64];
+  StorePacked4<kPixels>(pixels, v, 0);
+  for (int i = 0; i < kPixels; ++i) {
+    std::memcpy(p + 4 * i, pixels + 4 * i, 2);
+    p[4 * i + 2] = pixels[4 * i + 2];
+  }
+}
+
+// floor((ka a + kb b + kc c + k) / 65536) for signed 16-bit lanes a, b, c and 16-bit weights:
+// the products are summed in 32 bits (pmaddwd pairs), as a 32-bit formula does, and the
+// result must fit 16 bits again.
+inline __m128i Dot3Floor16(__m128i a, __m128i b, __m128i c, int ka, int kb, int kc, int32_t k) {
+  const __m128i wab = _mm_set1_epi32(static_cast<int32_t>((static_cast<uint32_t>(kb) << 16) |
+                                                          (static_cast<uint32_t>(ka) & 0xFFFF)));
+  const __m128i wc = _mm_set1_epi32(kc & 0xFFFF), bias = _mm_set1_epi32(k);
+  const __m128i zero = _mm_setzero_si128();
+  auto half = [&](__m128i ab, __m128i c0) {
+    return _mm_srai_epi32(
+        _mm_add_epi32(_mm_add_epi32(_mm_madd_epi16(ab, wab), _mm_madd_epi16(c0, wc)), bias), 16);
+  };
+  return _mm_packs_epi32(half(_mm_unpacklo_epi16(a, b), _mm_unpacklo_epi16(c, zero)),
+                         half(_mm_unpackhi_epi16(a, b), _mm_unpackhi_epi16(c, zero)));
+}
+
 template <int kPixels>
 inline __m128i LoadPlane(const uint8_t* p) {
   return kPixels == 16 ? _mm_loadu_si128(reinterpret_cast<const __m128i*>(p))
@@ -271,7 +301,7 @@ inline Lanes Load(const Samples<const uint8_t>& s, int x) {
   return {LoadPlane<kPixels>(s.ptr[0] + x), LoadPlane<kPixels>(s.ptr[1] + x),
           LoadPlane<kPixels>(s.ptr[2] + x)};
 }
-// 4-byte destinations reach here only with an alpha value (see ConvertRowVector).
+// 4-byte destinations get alpha in their fourth byte, or keep the byte that was there.
 template <int kPixels, int kOnly>
 inline void Store(const Samples<uint8_t>& d, int x, const Lanes& v) {
   if (d.stride == 3 || d.stride == 4) {
@@ -279,7 +309,8 @@ inline void Store(const Samples<uint8_t>& d, int x, const Lanes& v) {
     uint8_t* row = backwards ? d.ptr[2] : d.ptr[0];
     const Lanes w = backwards ? Lanes{v.c2, v.c1, v.c0} : v;
     if (d.stride == 3) return StorePacked<kPixels>(row + 3 * x, w);
-    return StorePacked4<kPixels>(row + 4 * x, w, d.alpha);
+    if (d.alpha >= 0) return StorePacked4<kPixels>(row + 4 * x, w, d.alpha);
+    return StorePacked4KeepFourth<kPixels>(row + 4 * x, w);
   }
   if (kOnly < 0 || kOnly == 0) StorePlane<kPixels>(d.ptr[0] + x, v.c0);
   if (kOnly < 0 || kOnly == 1) StorePlane<kPixels>(d.ptr[1] + x, v.c1);
@@ -435,10 +466,6 @@ inline void ConvertBlock(const Samples<const uint8_t>& s, const Samples<uint8_t>
 template <int kBlock, LaneFn kLanes, PixelFn kBlockFn, PixelFn kTailFn, int kOnly = -1,
           bool kTimes256 = false>
 void ConvertRowVector(Samples<const uint8_t> s, Samples<uint8_t> d, int width) {
-  // A vector store writes whole pixels: 4-byte destinations whose fourth byte must stay as it
-  // was run the scalar row.
-  if (d.stride == 4 && d.alpha < 0)
-    return ConvertRowScalar<kBlock, kBlockFn, kTailFn, kOnly>(s, d, width);
   const int body = width & ~(kBlock - 1);
   int x = 0;
   for (; x + 16 <= body; x += 16) ConvertBlock<16, kLanes, kTimes256, kOnly>(s, d, x);

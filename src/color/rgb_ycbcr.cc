@@ -46,6 +46,26 @@ inline Lanes ForwardLanesB(__m128i r, __m128i g, __m128i b) {
   return {_mm_srai_epi16(y, 6), _mm_srai_epi16(cb, 6), _mm_srai_epi16(cr, 6)};
 }
 
+// F-T in 16-bit lanes, exact: the green weight of luma is split as 65536 - 32506 so that every
+// weight fits a lane; the sums run in 32 bits with the offsets and the half folded in.
+inline Lanes ForwardLanesTail(__m128i r, __m128i g, __m128i b) {
+  return {_mm_add_epi16(g, Dot3Floor16(r, g, b, 16843, 33030 - 65536, 6423, 0x108000)),
+          Dot3Floor16(r, g, b, -9699, -19071, 28770, 0x808000),
+          Dot3Floor16(r, g, b, 28770, -24117, -4653, 0x808000)};
+}
+
+// I-T0 in 16-bit lanes, exact: 76284 = 65536 + 10748, 104595 = 2 * 65536 - 26477,
+// -53281 = -65536 + 12255 and 132186 = 2 * 65536 + 1114.
+inline Lanes InverseLanesTail0(__m128i y, __m128i cb, __m128i cr) {
+  const __m128i yy = _mm_sub_epi16(y, Set16(16));
+  const __m128i u = _mm_sub_epi16(cb, Set16(128)), v = _mm_sub_epi16(cr, Set16(128));
+  return {_mm_add_epi16(_mm_add_epi16(yy, _mm_add_epi16(v, v)),
+                        Dot3Floor16(yy, v, u, 10748, -26477, 0, 0)),
+          _mm_add_epi16(_mm_sub_epi16(yy, v), Dot3Floor16(yy, u, v, 10748, -25690, 12255, 0)),
+          _mm_add_epi16(_mm_add_epi16(yy, _mm_add_epi16(u, u)),
+                        Dot3Floor16(yy, u, v, 10748, 1114, 0, 0))};
+}
+
 inline Lanes InverseLanesA(__m128i y, __m128i cb, __m128i cr) {
   const __m128i y7 = _mm_slli_epi16(_mm_sub_epi16(y, Set16(16)), 7);
   const __m128i cb7 = _mm_slli_epi16(_mm_sub_epi16(cb, Set16(128)), 7);
@@ -162,7 +182,7 @@ kroStatus kroiRGBToYCbCr_8u_AC4R(const Kro8u* src, int srcRowStep, Kro8u* dst, i
   KRO_CHECK(CheckNull(src, dst));
   KRO_CHECK(CheckSize(roi));
   EachRow(roi.height, PackedRows(src, srcRowStep, 4), PackedRows(dst, dstRowStep, 4), roi.width,
-          ConvertRowScalar<0, ForwardTail, ForwardTail>);
+          KRO_MATRIX_ROW(1, ForwardLanesTail, ForwardTail, ForwardTail));
   return kroStatusOk;
 }
 
@@ -255,7 +275,7 @@ kroStatus kroiYCbCrToRGB_8u_AC4R(const Kro8u* src, int srcRowStep, Kro8u* dst, i
   KRO_CHECK(CheckNull(src, dst));
   KRO_CHECK(CheckSize(roi));
   EachRow(roi.height, PackedRows(src, srcRowStep, 4), PackedRows(dst, dstRowStep, 4), roi.width,
-          ConvertRowScalar<0, InverseT0, InverseT0>);
+          KRO_MATRIX_ROW(1, InverseLanesTail0, InverseT0, InverseT0));
   return kroStatusOk;
 }
 

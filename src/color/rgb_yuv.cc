@@ -33,6 +33,45 @@ inline Lanes ForwardLanesA(__m128i r8, __m128i g8, __m128i b8) {
   return {y, _mm_adds_epi16(_mm_srai_epi16(u, 6), Set16(128)),
           _mm_adds_epi16(_mm_srai_epi16(v, 6), Set16(128))};
 }
+
+// Y-T2 in 16-bit lanes, exact. With S = 19595 R + 38470 G + 7471 B, the green weight is split
+// as 65536 - 27066, so (S + 32768) >> 16 is G plus the floor of the remainder sum, and
+// ((B << 16) - S + 32768) >> 16 is B - G plus the floor of the negated remainder sum (the same
+// for R). The chroma products then take the high half of D * 32244 and of D * 57475, the latter
+// as D plus the high half of D * (57475 - 65536).
+inline Lanes ForwardLanesTail2(__m128i r, __m128i g, __m128i b) {
+  const __m128i y = _mm_add_epi16(g, Dot3Floor16(r, g, b, 19595, -27066, 7471, 32768));
+  const __m128i rest = Dot3Floor16(r, g, b, -19595, 27066, -7471, 32768);
+  const __m128i d = _mm_add_epi16(_mm_sub_epi16(b, g), rest);
+  const __m128i e = _mm_add_epi16(_mm_sub_epi16(r, g), rest);
+  return {y, _mm_add_epi16(_mm_mulhi_epi16(d, Set16(32244)), Set16(128)),
+          _mm_add_epi16(_mm_add_epi16(e, _mm_mulhi_epi16(e, Set16(57475 - 65536))), Set16(128))};
+}
+
+// R-T1 in 16-bit lanes, exact: 74711 = 65536 + 9175, -38076 = -65536 + 27460 and
+// 133169 = 2 * 65536 + 2097; the rounding term rides in the 32-bit sums of R and B only.
+inline Lanes InverseLanesTail1(__m128i y, __m128i u, __m128i v) {
+  const __m128i uu = _mm_sub_epi16(u, Set16(128)), vv = _mm_sub_epi16(v, Set16(128));
+  const __m128i zero = _mm_setzero_si128();
+  return {_mm_add_epi16(_mm_add_epi16(y, vv), Dot3Floor16(vv, zero, zero, 9175, 0, 0, 32768)),
+          _mm_add_epi16(_mm_sub_epi16(y, vv), Dot3Floor16(uu, vv, zero, -25821, 27460, 0, 0)),
+          _mm_add_epi16(_mm_add_epi16(y, _mm_add_epi16(uu, uu)),
+                        Dot3Floor16(uu, zero, zero, 2097, 0, 0, 32768))};
+}
+
+// Y-B: luma at twice the scale from R, G, B times 4 (products added R, B, G, then 1), chroma
+// from the wrapping differences 2 B - Y2 and 2 R - Y2.
+inline Lanes ForwardLanesB(__m128i r, __m128i g, __m128i b) {
+  const __m128i y2 = _mm_adds_epi16(
+      _mm_adds_epi16(_mm_adds_epi16(_mm_mulhi_epi16(Set16(9798), _mm_slli_epi16(r, 2)),
+                                    _mm_mulhi_epi16(Set16(3736), _mm_slli_epi16(b, 2))),
+                     _mm_mulhi_epi16(Set16(19235), _mm_slli_epi16(g, 2))),
+      Set16(1));
+  const __m128i u = _mm_mulhi_epi16(Set16(16121), _mm_sub_epi16(_mm_add_epi16(b, b), y2));
+  const __m128i v = _mm_mulhi_epi16(Set16(28737), _mm_sub_epi16(_mm_add_epi16(r, r), y2));
+  return {_mm_srai_epi16(y2, 1), _mm_adds_epi16(u, Set16(128)), _mm_adds_epi16(v, Set16(128))};
+}
+
 inline Lanes InverseLanesA(__m128i y, __m128i u, __m128i v) {
   const __m128i u8x = _mm_slli_epi16(_mm_subs_epi16(u, Set16(128)), 3);
   const __m128i v8x = _mm_slli_epi16(_mm_subs_epi16(v, Set16(128)), 3);
@@ -134,7 +173,7 @@ kroStatus kroiRGBToYUV_8u_AC4R(const Kro8u* src, int srcRowStep, Kro8u* dst, int
   KRO_CHECK(CheckNull(src, dst));
   KRO_CHECK(CheckSize(roi));
   EachRow(roi.height, PackedRows(src, srcRowStep, 4), PackedRows(dst, dstRowStep, 4), roi.width,
-          ConvertRowScalar<0, ForwardTail2, ForwardTail2>);
+          KRO_MATRIX_ROW(1, ForwardLanesTail2, ForwardTail2, ForwardTail2));
   return kroStatusOk;
 }
 
@@ -145,10 +184,10 @@ kroStatus kroiRGBToYUV_8u_AC4P4R(const Kro8u* src, int srcRowStep, Kro8u* const 
   KRO_CHECK(CheckNull(src, dstPlanes));
   KRO_CHECK(CheckSize(roi));
   KRO_CHECK(CheckPlanes(dstPlanes, 3));
+  constexpr auto row = KRO_MATRIX_ROW(8, ForwardLanesB, ForwardBlockB, ForwardTail2);
   for (int y = 0; y < roi.height; ++y) {
     const uint8_t* s = RowOf(src, srcRowStep, y);
-    ConvertRowScalar<8, ForwardBlockB, ForwardTail2>(
-        Packed(s, 4), Planar<uint8_t>(dstPlanes, dstRowStep, y), roi.width);
+    row(Packed(s, 4), Planar<uint8_t>(dstPlanes, dstRowStep, y), roi.width);
     uint8_t* alpha = RowOf(dstPlanes[3], dstRowStep, y);
     for (int x = 0; x < roi.width; ++x) alpha[x] = s[4 * x + 3];
   }
@@ -194,7 +233,7 @@ kroStatus kroiYUVToRGB_8u_AC4R(const Kro8u* src, int srcRowStep, Kro8u* dst, int
   KRO_CHECK(CheckNull(src, dst));
   KRO_CHECK(CheckSize(roi));
   EachRow(roi.height, PackedRows(src, srcRowStep, 4), PackedRows(dst, dstRowStep, 4), roi.width,
-          ConvertRowScalar<0, InverseTail1, InverseTail1>);
+          KRO_MATRIX_ROW(1, InverseLanesTail1, InverseTail1, InverseTail1));
   return kroStatusOk;
 }
 
