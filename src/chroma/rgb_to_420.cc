@@ -391,12 +391,37 @@ inline RowParts LoadRow(const uint8_t* p) {
 // (a, b, c). Luma(r8, g8, b8, &pre) gives the luma lanes before the pack and, for the YUV sets,
 // the per-pixel value whose block sum the chroma needs; Chroma(a, b, c, preSum) gives the Cb and
 // Cr lanes before the pack.
+// Widening of each component into its lanes: the component byte goes to the high byte, kLow is
+// the byte placed under it, and kCentredB flips the top bit of blue first ((B - 128) * 256).
+struct PlainWidening {
+  static constexpr uint8_t kLow[3] = {0, 0, 0};
+  static constexpr bool kCentredB = false;
+};
+
+constexpr bool GreenExact() {
+  for (int32_t x = 0; x < 256; ++x) {
+    if ((((256 * x + 4) * SetA::kY[1]) >> 16) != ((SetA::kY[1] * x + 128) >> 8)) return false;
+  }
+  return true;
+}
+static_assert(GreenExact(), "hiU(x * 256 + 4, 8258) is mulr(x * 128, 8258) for all bytes");
+
 struct LanesA {
-  // pmulhrsw is signed, so the samples go in at x * 128.
+  // Each term is mulr(x * 128, k) = (x k + 128) >> 8, reached three ways that give it exactly:
+  // - red, at x * 128 (pmulhrsw is signed, so x * 256 would not fit);
+  // - green, as hiU(x * 256 + 4, 8258): the 4 under the sample makes the truncating high
+  //   product round as mulr does for every x in 0..255 (GreenExact below);
+  // - blue, centred: mulr((x - 128) * 256, 1606 / 2) = mulr(x * 128, 1606) - 803, the 803 going
+  //   into the bias.
+  static constexpr uint8_t kLow[3] = {0, 4, 0};
+  static constexpr bool kCentredB = true;
+  static_assert(SetA::kY[1] == 8258 && SetA::kY[2] % 2 == 0, "weights of the widening above");
   static __m128i Luma(__m128i r8, __m128i g8, __m128i b8, __m128i*) {
-    auto m = [](__m128i x8, int k) { return _mm_mulhrs_epi16(_mm_srli_epi16(x8, 1), Set16(k)); };
-    const __m128i y = _mm_add_epi16(_mm_add_epi16(m(r8, SetA::kY[0]), m(g8, SetA::kY[1])),
-                                    _mm_add_epi16(m(b8, SetA::kY[2]), Set16(SetA::kYBias)));
+    const __m128i y =
+        _mm_add_epi16(_mm_add_epi16(_mm_mulhrs_epi16(_mm_srli_epi16(r8, 1), Set16(SetA::kY[0])),
+                                    _mm_mulhi_epu16(g8, Set16(SetA::kY[1]))),
+                      _mm_add_epi16(_mm_mulhrs_epi16(b8, Set16(SetA::kY[2] / 2)),
+                                    Set16(SetA::kYBias + SetA::kY[2] / 2)));
     return _mm_srai_epi16(y, 6);
   }
   static void Chroma(__m128i a, __m128i b, __m128i c, __m128i, __m128i* cb, __m128i* cr) {
@@ -412,7 +437,7 @@ struct LanesA {
 };
 
 template <const HighCoefs& K>
-struct LanesHigh {
+struct LanesHigh : PlainWidening {
   static __m128i Luma(__m128i r8, __m128i g8, __m128i b8, __m128i*) {
     auto m = [](__m128i x, int k) { return _mm_mulhi_epu16(x, Set16(k)); };
     const __m128i y =
@@ -432,7 +457,7 @@ struct LanesHigh {
   }
 };
 
-struct LanesE {
+struct LanesE : PlainWidening {
   static __m128i Luma(__m128i r8, __m128i g8, __m128i b8, __m128i* pre) {
     auto m = [](__m128i x8, int k) { return _mm_mulhrs_epi16(_mm_srli_epi16(x8, 1), Set16(k)); };
     *pre = _mm_add_epi16(_mm_add_epi16(m(r8, SetE::kY[0]), m(g8, SetE::kY[1])), m(b8, SetE::kY[2]));
@@ -449,7 +474,7 @@ struct LanesE {
   }
 };
 
-struct LanesF {
+struct LanesF : PlainWidening {
   static __m128i Luma(__m128i r8, __m128i g8, __m128i b8, __m128i* pre) {
     auto m = [](__m128i x8, int k) { return _mm_mulhi_epi16(_mm_srli_epi16(x8, 6), Set16(k)); };
     *pre =
@@ -502,15 +527,20 @@ template <class Set, class Layout, bool kAligned, bool kOverlap>
 inline void Row16(const uint8_t* src, uint8_t* y, Acc& acc) {
   using L = LanesOf<Set>;
   const RowParts v = LoadRow<Layout, kAligned, kOverlap>(src);
-  const __m128i zero = _mm_setzero_si128(), by32 = _mm_set1_epi8(32);
+  const __m128i by32 = _mm_set1_epi8(32);
   acc.rg[0] = _mm_add_epi16(acc.rg[0], _mm_maddubs_epi16(v.rg[0], by32));
   acc.rg[1] = _mm_add_epi16(acc.rg[1], _mm_maddubs_epi16(v.rg[1], by32));
   acc.b = _mm_add_epi16(acc.b, _mm_maddubs_epi16(v.b, by32));
+  // Low bytes of the lanes: red's in the low half, green's in the high half of rg.
+  const __m128i lowRG = _mm_unpacklo_epi64(_mm_set1_epi8(static_cast<char>(L::kLow[0])),
+                                           _mm_set1_epi8(static_cast<char>(L::kLow[1])));
+  const __m128i lowB = _mm_set1_epi8(static_cast<char>(L::kLow[2]));
+  const __m128i b = L::kCentredB ? _mm_xor_si128(v.b, _mm_set1_epi8(static_cast<char>(0x80))) : v.b;
   __m128i pre[2];
-  const __m128i lo = L::Luma(_mm_unpacklo_epi8(zero, v.rg[0]), _mm_unpackhi_epi8(zero, v.rg[0]),
-                             _mm_unpacklo_epi8(zero, v.b), &pre[0]);
-  const __m128i hi = L::Luma(_mm_unpacklo_epi8(zero, v.rg[1]), _mm_unpackhi_epi8(zero, v.rg[1]),
-                             _mm_unpackhi_epi8(zero, v.b), &pre[1]);
+  const __m128i lo = L::Luma(_mm_unpacklo_epi8(lowRG, v.rg[0]), _mm_unpackhi_epi8(lowRG, v.rg[0]),
+                             _mm_unpacklo_epi8(lowB, b), &pre[0]);
+  const __m128i hi = L::Luma(_mm_unpacklo_epi8(lowRG, v.rg[1]), _mm_unpackhi_epi8(lowRG, v.rg[1]),
+                             _mm_unpackhi_epi8(lowB, b), &pre[1]);
   const __m128i bytes = ClampBytes<Set>(_mm_packus_epi16(lo, hi));
   if (kAligned) {
     _mm_store_si128(reinterpret_cast<__m128i*>(y), bytes);
