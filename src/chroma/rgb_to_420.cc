@@ -391,37 +391,39 @@ inline RowParts LoadRow(const uint8_t* p) {
 // (a, b, c). Luma(r8, g8, b8, &pre) gives the luma lanes before the pack and, for the YUV sets,
 // the per-pixel value whose block sum the chroma needs; Chroma(a, b, c, preSum) gives the Cb and
 // Cr lanes before the pack.
-// Widening of each component into its lanes: the component byte goes to the high byte, kLow is
-// the byte placed under it, and kCentredB flips the top bit of blue first ((B - 128) * 256).
+// Widening of each component into its lanes: the component byte goes to the high byte and kLow
+// is the byte placed under it (plain: x * 256).
 struct PlainWidening {
   static constexpr uint8_t kLow[3] = {0, 0, 0};
-  static constexpr bool kCentredB = false;
 };
 
-constexpr bool GreenExact() {
+// mulr(x * 128, k) = (x k + 128) >> 8 equals hiU(x * 256 + c, k) - d for every byte x, for
+// the (c, d) of each luma weight of set A below: the constant c placed under the sample makes
+// the truncating high product round as mulr does, shifted by d. So the luma of set A needs no
+// shift of its samples: the widening puts c in the low byte for free, and the d go into the
+// bias. Checked for all 256 bytes at compile time.
+struct Rounding {
+  int32_t c, d;
+};
+inline constexpr Rounding kRoundA[3] = {{179, 11}, {4, 0}, {143, 3}};
+constexpr bool RoundsExactly(int32_t k, Rounding r) {
   for (int32_t x = 0; x < 256; ++x) {
-    if ((((256 * x + 4) * SetA::kY[1]) >> 16) != ((SetA::kY[1] * x + 128) >> 8)) return false;
+    if ((((256 * x + r.c) * k) >> 16) - r.d != ((k * x + 128) >> 8)) return false;
   }
   return true;
 }
-static_assert(GreenExact(), "hiU(x * 256 + 4, 8258) is mulr(x * 128, 8258) for all bytes");
+static_assert(RoundsExactly(SetA::kY[0], kRoundA[0]) && RoundsExactly(SetA::kY[1], kRoundA[1]) &&
+                  RoundsExactly(SetA::kY[2], kRoundA[2]),
+              "set A luma through truncating products");
 
 struct LanesA {
-  // Each term is mulr(x * 128, k) = (x k + 128) >> 8, reached three ways that give it exactly:
-  // - red, at x * 128 (pmulhrsw is signed, so x * 256 would not fit);
-  // - green, as hiU(x * 256 + 4, 8258): the 4 under the sample makes the truncating high
-  //   product round as mulr does for every x in 0..255 (GreenExact below);
-  // - blue, centred: mulr((x - 128) * 256, 1606 / 2) = mulr(x * 128, 1606) - 803, the 803 going
-  //   into the bias.
-  static constexpr uint8_t kLow[3] = {0, 4, 0};
-  static constexpr bool kCentredB = true;
-  static_assert(SetA::kY[1] == 8258 && SetA::kY[2] % 2 == 0, "weights of the widening above");
+  static constexpr uint8_t kLow[3] = {kRoundA[0].c, kRoundA[1].c, kRoundA[2].c};
   static __m128i Luma(__m128i r8, __m128i g8, __m128i b8, __m128i*) {
+    constexpr int kBias = SetA::kYBias - kRoundA[0].d - kRoundA[1].d - kRoundA[2].d;
     const __m128i y =
-        _mm_add_epi16(_mm_add_epi16(_mm_mulhrs_epi16(_mm_srli_epi16(r8, 1), Set16(SetA::kY[0])),
+        _mm_add_epi16(_mm_add_epi16(_mm_mulhi_epu16(r8, Set16(SetA::kY[0])),
                                     _mm_mulhi_epu16(g8, Set16(SetA::kY[1]))),
-                      _mm_add_epi16(_mm_mulhrs_epi16(b8, Set16(SetA::kY[2] / 2)),
-                                    Set16(SetA::kYBias + SetA::kY[2] / 2)));
+                      _mm_add_epi16(_mm_mulhi_epu16(b8, Set16(SetA::kY[2])), Set16(kBias)));
     return _mm_srai_epi16(y, 6);
   }
   static void Chroma(__m128i a, __m128i b, __m128i c, __m128i, __m128i* cb, __m128i* cr) {
@@ -535,7 +537,7 @@ inline void Row16(const uint8_t* src, uint8_t* y, Acc& acc) {
   const __m128i lowRG = _mm_unpacklo_epi64(_mm_set1_epi8(static_cast<char>(L::kLow[0])),
                                            _mm_set1_epi8(static_cast<char>(L::kLow[1])));
   const __m128i lowB = _mm_set1_epi8(static_cast<char>(L::kLow[2]));
-  const __m128i b = L::kCentredB ? _mm_xor_si128(v.b, _mm_set1_epi8(static_cast<char>(0x80))) : v.b;
+  const __m128i b = v.b;
   __m128i pre[2];
   const __m128i lo = L::Luma(_mm_unpacklo_epi8(lowRG, v.rg[0]), _mm_unpackhi_epi8(lowRG, v.rg[0]),
                              _mm_unpacklo_epi8(lowB, b), &pre[0]);
