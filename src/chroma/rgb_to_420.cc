@@ -332,12 +332,12 @@ namespace {
 // ---- SSSE3 bodies: sixteen pixels of a row pair a turn ---------------------------------------
 //
 // A row of sixteen packed pixels (48 or 64 bytes) is cut into four groups of four pixels; one
-// byte shuffle per group gathers its R, G and B bytes into 32-bit runs, and a 4x4 transpose of
-// those runs gives one 16-byte vector per component. From there:
+// byte shuffle per group gathers its R, G and B bytes into 32-bit runs, and two interleaves of
+// those runs give R|G of pixels 0..7, R|G of pixels 8..15 and the sixteen B bytes. From there:
 // - luma lanes are the component bytes widened into the high byte of each 16-bit lane (x * 256,
 //   which the unpack gives for free), pixels 0..7 and 8..15;
-// - block sums times 32 come from pmaddubsw of each row's component bytes with 32 (neighbouring
-//   pixels) and the add of the two rows: exactly the a, b, c of the chroma formulas.
+// - block sums times 32 come from pmaddubsw of each row's bytes with 32 (neighbouring pixels)
+//   and the add of the two rows: exactly the a, b, c of the chroma formulas.
 // Every lane computes exactly its set's body formula.
 
 inline __m128i Set16(int v) { return _mm_set1_epi16(static_cast<int16_t>(v)); }
@@ -387,12 +387,11 @@ inline RowParts LoadRow(const uint8_t* p) {
           _mm_unpacklo_epi64(_mm_unpackhi_epi32(q[0], q[1]), _mm_unpackhi_epi32(q[2], q[3]))};
 }
 
-// Lane forms of the sets, on components times 256 (r8, g8, b8) and block sums times 32
-// (a, b, c). Luma(r8, g8, b8, &pre) gives the luma lanes before the pack and, for the YUV sets,
-// the per-pixel value whose block sum the chroma needs; Chroma(a, b, c, preSum) gives the Cb and
-// Cr lanes before the pack.
-// Widening of each component into its lanes: the component byte goes to the high byte and kLow
-// is the byte placed under it (plain: x * 256).
+// Lane forms of the sets, on widened components (r8, g8, b8) and block sums times 32 (a, b, c).
+// Luma(r8, g8, b8, &pre) gives the luma lanes before the pack and, for the YUV sets, the
+// per-pixel value whose block sum the chroma needs; Chroma(a, b, c, preSum) gives the Cb and Cr
+// lanes before the pack. The widening puts each component byte in the high byte of its lane and
+// the set's kLow byte under it (plain: x * 256).
 struct PlainWidening {
   static constexpr uint8_t kLow[3] = {0, 0, 0};
 };
@@ -459,10 +458,20 @@ struct LanesHigh : PlainWidening {
   }
 };
 
-struct LanesE : PlainWidening {
+// Set E's weights have such constants too; its per-pixel F must come out exact for the block
+// sum, so the d are taken off F itself.
+inline constexpr Rounding kRoundE[3] = {{87, 6}, {92, 13}, {18, 0}};
+static_assert(RoundsExactly(SetE::kY[0], kRoundE[0]) && RoundsExactly(SetE::kY[1], kRoundE[1]) &&
+                  RoundsExactly(SetE::kY[2], kRoundE[2]),
+              "set E luma through truncating products");
+
+struct LanesE {
+  static constexpr uint8_t kLow[3] = {kRoundE[0].c, kRoundE[1].c, kRoundE[2].c};
   static __m128i Luma(__m128i r8, __m128i g8, __m128i b8, __m128i* pre) {
-    auto m = [](__m128i x8, int k) { return _mm_mulhrs_epi16(_mm_srli_epi16(x8, 1), Set16(k)); };
-    *pre = _mm_add_epi16(_mm_add_epi16(m(r8, SetE::kY[0]), m(g8, SetE::kY[1])), m(b8, SetE::kY[2]));
+    constexpr int kOff = -(kRoundE[0].d + kRoundE[1].d + kRoundE[2].d);
+    *pre = _mm_add_epi16(_mm_add_epi16(_mm_mulhi_epu16(r8, Set16(SetE::kY[0])),
+                                       _mm_mulhi_epu16(g8, Set16(SetE::kY[1]))),
+                         _mm_add_epi16(_mm_mulhi_epu16(b8, Set16(SetE::kY[2])), Set16(kOff)));
     return _mm_srai_epi16(*pre, 6);
   }
   static void Chroma(__m128i a, __m128i, __m128i c, __m128i preSum, __m128i* u, __m128i* v) {
@@ -537,12 +546,11 @@ inline void Row16(const uint8_t* src, uint8_t* y, Acc& acc) {
   const __m128i lowRG = _mm_unpacklo_epi64(_mm_set1_epi8(static_cast<char>(L::kLow[0])),
                                            _mm_set1_epi8(static_cast<char>(L::kLow[1])));
   const __m128i lowB = _mm_set1_epi8(static_cast<char>(L::kLow[2]));
-  const __m128i b = v.b;
   __m128i pre[2];
   const __m128i lo = L::Luma(_mm_unpacklo_epi8(lowRG, v.rg[0]), _mm_unpackhi_epi8(lowRG, v.rg[0]),
-                             _mm_unpacklo_epi8(lowB, b), &pre[0]);
+                             _mm_unpacklo_epi8(lowB, v.b), &pre[0]);
   const __m128i hi = L::Luma(_mm_unpacklo_epi8(lowRG, v.rg[1]), _mm_unpackhi_epi8(lowRG, v.rg[1]),
-                             _mm_unpackhi_epi8(lowB, b), &pre[1]);
+                             _mm_unpackhi_epi8(lowB, v.b), &pre[1]);
   const __m128i bytes = ClampBytes<Set>(_mm_packus_epi16(lo, hi));
   if (kAligned) {
     _mm_store_si128(reinterpret_cast<__m128i*>(y), bytes);
