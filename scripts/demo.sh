@@ -20,6 +20,15 @@ SHEET=("chart=$CHART")
 # has SUBCOMMAND: whether this build offers it (the help lists only what exists).
 has() { "$K" --help | grep -q "^  $1 "; }
 
+# m420 WAY: the 4:2:0 matrices this build has for WAY (to, from), as the convert help lists them.
+m420() {
+  "$K" convert --help | awk -v way="$1" '/^4:2:0 matrices/ { on = 1; next }
+    on && /^  / { if ($2 == "both" || $2 == way) print $1; next } { on = 0 }'
+}
+
+# sum A B: A + B for the table's times.
+sum() { awk -v a="$1" -v b="$2" 'BEGIN { print a + b }'; }
+
 # run LABEL COMMAND...: runs kroconv, keeps the time in ms in $MS.
 run() {
   local t0 t1
@@ -39,7 +48,7 @@ row() {
 # 1. Container round trip: PNG -> PPM -> PNG.
 run convert "$CHART" "$OUT/work/chart.ppm"; a=$MS
 run convert "$OUT/work/chart.ppm" "$OUT/png-ppm-png.png"; b=$MS
-row "PNG -> PPM -> PNG" "$(awk -v a="$a" -v b="$b" 'BEGIN{print a + b}')" "$CHART" "$OUT/png-ppm-png.png"
+row "PNG -> PPM -> PNG" "$(sum "$a" "$b")" "$CHART" "$OUT/png-ppm-png.png"
 SHEET+=("png-ppm-png=$OUT/png-ppm-png.png")
 
 # 2. One channel as grey: the luma source for the layout tour.
@@ -52,11 +61,11 @@ total=0
 prev=$OUT/green.png; from=()
 for l in i420 nv12 nv21 yv12; do
   run convert "$prev" "$OUT/work/chart.$l" "${from[@]}" --to "$l" ${from:+--size ${W}x$H}
-  total=$(awk -v a="$total" -v b="$MS" 'BEGIN{print a + b}')
+  total=$(sum "$total" "$MS")
   prev=$OUT/work/chart.$l; from=(--from "$l" --size "${W}x$H")
 done
-run convert "$prev" "$OUT/work/chart.y4m" "${from[@]}"; total=$(awk -v a="$total" -v b="$MS" 'BEGIN{print a + b}')
-run convert "$OUT/work/chart.y4m" "$OUT/layouts-420.png" --luma; total=$(awk -v a="$total" -v b="$MS" 'BEGIN{print a + b}')
+run convert "$prev" "$OUT/work/chart.y4m" "${from[@]}"; total=$(sum "$total" "$MS")
+run convert "$OUT/work/chart.y4m" "$OUT/layouts-420.png" --luma; total=$(sum "$total" "$MS")
 row "grey -> I420 -> NV12 -> NV21 -> YV12 -> Y4M" "$total" "$OUT/green.png" "$OUT/layouts-420.png"
 SHEET+=("420 layouts=$OUT/layouts-420.png")
 run convert "$OUT/work/chart.nv12" "$OUT/nv12-planes.png" --from nv12 --size "${W}x$H" --planes
@@ -65,9 +74,9 @@ SHEET+=("nv12 planes=$OUT/nv12-planes.png")
 
 # 4. 4:2:2 packed and planar.
 run convert "$OUT/green.png" "$OUT/work/chart.i422" --to i422; total=$MS
-run convert "$OUT/work/chart.i422" "$OUT/work/chart.yuy2" --from i422 --to yuy2 --size "${W}x$H"; total=$(awk -v a="$total" -v b="$MS" 'BEGIN{print a + b}')
-run convert "$OUT/work/chart.yuy2" "$OUT/work/chart.uyvy" --from yuy2 --to uyvy --size "${W}x$H"; total=$(awk -v a="$total" -v b="$MS" 'BEGIN{print a + b}')
-run convert "$OUT/work/chart.uyvy" "$OUT/layouts-422.png" --from uyvy --size "${W}x$H" --luma; total=$(awk -v a="$total" -v b="$MS" 'BEGIN{print a + b}')
+run convert "$OUT/work/chart.i422" "$OUT/work/chart.yuy2" --from i422 --to yuy2 --size "${W}x$H"; total=$(sum "$total" "$MS")
+run convert "$OUT/work/chart.yuy2" "$OUT/work/chart.uyvy" --from yuy2 --to uyvy --size "${W}x$H"; total=$(sum "$total" "$MS")
+run convert "$OUT/work/chart.uyvy" "$OUT/layouts-422.png" --from uyvy --size "${W}x$H" --luma; total=$(sum "$total" "$MS")
 row "grey -> I422 -> YUY2 -> UYVY" "$total" "$OUT/green.png" "$OUT/layouts-422.png"
 SHEET+=("422 layouts=$OUT/layouts-422.png")
 
@@ -77,7 +86,7 @@ SHEET+=("422 layouts=$OUT/layouts-422.png")
 for m in $("$K" convert --help | awk '/^colour matrices/ { on = 1; next } on && /^  / && !/only/ { print $1 } on && !/^  / { on = 0 }'); do
   run convert "$CHART" "$OUT/work/chart-$m.yuv" --to i444 --matrix "$m"; a=$MS
   run convert "$OUT/work/chart-$m.yuv" "$OUT/rgb-$m-rgb.png" --from i444 --size "${W}x$H" --matrix "$m"
-  row "RGB -> $m 4:4:4 -> RGB" "$(awk -v a="$a" -v b="$MS" 'BEGIN{print a + b}')" "$CHART" "$OUT/rgb-$m-rgb.png"
+  row "RGB -> $m 4:4:4 -> RGB" "$(sum "$a" "$MS")" "$CHART" "$OUT/rgb-$m-rgb.png"
   SHEET+=("rgb-$m-rgb=$OUT/rgb-$m-rgb.png")
   if has model; then
     run model "$CHART" "$OUT/model-$m.png" --to "$m" --layout packed
@@ -90,18 +99,51 @@ done
 if has gamma; then
   run gamma "$CHART" "$OUT/gamma-fwd.png"; a=$MS
   run gamma "$OUT/gamma-fwd.png" "$OUT/gamma-roundtrip.png" --inverse
-  row "gamma forward -> inverse" "$(awk -v a="$a" -v b="$MS" 'BEGIN{print a + b}')" "$CHART" "$OUT/gamma-roundtrip.png"
+  row "gamma forward -> inverse" "$(sum "$a" "$MS")" "$CHART" "$OUT/gamma-roundtrip.png"
   SHEET+=("gamma=$OUT/gamma-fwd.png")
 fi
 
-# 5. Bayer mosaic of the colour chart (sampling only), shown as a grey plane.
+# 4:2:0 colour: RGB to I420 and NV12 (chroma averaged over 2x2 blocks) and back, with every
+# matrix this build has both ways; NV12 goes through the two-plane exports where they exist.
+for m in $(m420 to); do
+  m420 from | grep -qx "$m" || continue
+  for l in i420 nv12; do
+    run convert "$CHART" "$OUT/work/chart-$m.$l" --to $l --matrix "$m"; a=$MS
+    run convert "$OUT/work/chart-$m.$l" "$OUT/420-$m-$l.png" --from $l --size "${W}x$H" --matrix "$m"
+    row "RGB -> $m $(echo $l | tr a-z A-Z) -> RGB" "$(sum "$a" "$MS")" "$CHART" "$OUT/420-$m-$l.png"
+    SHEET+=("$m $l=$OUT/420-$m-$l.png")
+  done
+done
+
+# Dithering: the chart reduced to a few levels per channel.
+if has dither; then
+  for d in "floyd 2" "bayer 2" "stucki 4" "jjn 8"; do
+    set -- $d
+    run dither "$CHART" "$OUT/dither-$1-$2.png" --kind "$1" --levels "$2"
+    row "dither $1, $2 levels" "$MS"
+    SHEET+=("$1 $2 levels=$OUT/dither-$1-$2.png")
+  done
+  run dither "$CHART" "$OUT/dither-floyd-2-noise.png" --kind floyd --levels 2 --noise 30
+  row "dither floyd, 2 levels, noise 30" "$MS"
+  SHEET+=("floyd noise 30=$OUT/dither-floyd-2-noise.png")
+fi
+
+# 5. Bayer mosaic of the colour chart, shown as a grey plane, and demosaiced back with every
+# method this build has.
 run convert "$CHART" "$OUT/work/chart-rggb.raw" --to bayer --grid rggb; a=$MS
 run convert "$OUT/work/chart-rggb.raw" "$OUT/bayer-rggb.png" --from bayer --size "${W}x$H"
-row "RGB -> RGGB mosaic (shown as grey)" "$(awk -v a="$a" -v b="$MS" 'BEGIN{print a + b}')"
+row "RGB -> RGGB mosaic (shown as grey)" "$(sum "$a" "$MS")"
 SHEET+=("rggb mosaic=$OUT/bayer-rggb.png")
+if has demosaic; then
+  for meth in $("$K" demosaic --help | awk '/^methods/ { on = 1; next } on && /^  / { print $1; next } { on = 0 }'); do
+    run demosaic "$OUT/work/chart-rggb.raw" "$OUT/demosaic-$meth.png" --size "${W}x$H" --grid rggb --method "$meth"
+    row "RGGB mosaic -> RGB, $meth" "$MS" "$CHART" "$OUT/demosaic-$meth.png"
+    SHEET+=("demosaic $meth=$OUT/demosaic-$meth.png")
+  done
+fi
 
 # Contact sheet.
-run sheet "$OUT/contact-sheet.png" --columns 4 --title "KROCC $("$K" --version | grep -o "[0-9]*\.[0-9]*\.[0-9]*" | head -1) DEMO" "${SHEET[@]}"
+run sheet "$OUT/contact-sheet.png" --columns 5 --title "KROCC $("$K" --version | grep -o "[0-9]*\.[0-9]*\.[0-9]*" | head -1) DEMO" "${SHEET[@]}"
 row "contact sheet" "$MS"
 rm -rf "$OUT/work"
 

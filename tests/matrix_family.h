@@ -3,15 +3,17 @@
 // the tests every export of such a family must pass, parameterised over the table.
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
 #include <cstring>
 #include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <tuple>
+#include <utility>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 #include "color/matrix_rows.h"
 #include "support.h"
@@ -29,17 +31,27 @@ struct Image {
   const uint8_t* cptrs[4] = {};
   uint8_t* ptrs[4] = {};
 
-  Image(bool isPlanar, int ch, int w, int h, int pad = 0, int offset = 0)
+  // Plane p starts `offset + spread * p` bytes past a 64-byte boundary (spread 0: all planes
+  // equally placed).
+  Image(bool isPlanar, int ch, int w, int h, int pad = 0, int offset = 0, int spread = 5)
       : planar(isPlanar), channels(ch), width(w), height(h) {
     const int rowBytes = planar ? w : w * ch;
     for (int p = 0; p < (planar ? ch : 1); ++p) {
-      planes.push_back(std::make_unique<Plane>(rowBytes, h, rowBytes + pad, offset + 5 * p));
+      planes.push_back(std::make_unique<Plane>(rowBytes, h, rowBytes + pad, offset + spread * p));
       ptrs[p] = planes.back()->data();
       cptrs[p] = ptrs[p];
     }
   }
-  int forcedStep = -1;  // >= 0: the step passed instead of the planes' own
-  int step() const { return forcedStep >= 0 ? forcedStep : planes[0]->step(); }
+  bool forceStep = false;  // pass forcedStep instead of the planes' own step
+  int forcedStep = 0;
+  int step() const { return forceStep ? forcedStep : planes[0]->step(); }
+  // Points every plane at its last row and walks upward with the negated step.
+  void StartAtLastRow() {
+    for (std::size_t p = 0; p < planes.size(); ++p) ptrs[p] = planes[p]->row(height - 1);
+    for (std::size_t p = 0; p < planes.size(); ++p) cptrs[p] = ptrs[p];
+    forceStep = true;
+    forcedStep = -planes[0]->step();
+  }
   uint8_t& at(int x, int y, int c) {
     return planar ? planes[c]->row(y)[x] : planes[0]->row(y)[x * channels + c];
   }
@@ -77,8 +89,8 @@ struct Export {
   color::PixelFn blockFn, tailFn;
   Alpha alpha;
   Call call;
-  bool dstBackwards = false;     // BGR destination: the formula's R lands in byte 2
-  bool planesBeforeSize = false; // plane pointers tested before the size
+  bool dstBackwards = false;      // BGR destination: the formula's R lands in byte 2
+  bool planesBeforeSize = false;  // plane pointers tested before the size
 };
 
 #define PACKED_TO_PACKED(fn) \
@@ -96,14 +108,14 @@ class MatrixFamily : public testing::TestWithParam<Export> {};
 
 // Runs the export on src into a fresh destination and checks every pixel against the formula
 // its position calls for, the alpha rule, and the canaries.
-inline void ExpectFormulas(const Export& e, Image& src, int pad, int offset) {
-  Image dst(e.dstPlanar, e.dstChannels, src.width, src.height, pad, offset);
+inline void ExpectFormulas(const Export& e, Image& src, int pad, int offset, int spread = 5) {
+  Image dst(e.dstPlanar, e.dstChannels, src.width, src.height, pad, offset, spread);
   ASSERT_EQ(e.call(src, dst, {src.width, src.height}), kroStatusOk);
   const int body = e.block ? (src.width & ~(e.block - 1)) : 0;
   for (int y = 0; y < src.height; ++y) {
     for (int x = 0; x < src.width; ++x) {
-      const Px want = (x < body ? e.blockFn : e.tailFn)(src.at(x, y, 0), src.at(x, y, 1),
-                                                         src.at(x, y, 2));
+      const Px want =
+          (x < body ? e.blockFn : e.tailFn)(src.at(x, y, 0), src.at(x, y, 1), src.at(x, y, 2));
       const int first = e.dstBackwards ? 2 : 0, last = 2 - first;
       const Px got = {dst.at(x, y, first), dst.at(x, y, 1), dst.at(x, y, last)};
       ASSERT_TRUE(want.c0 == got.c0 && want.c1 == got.c1 && want.c2 == got.c2)
@@ -145,6 +157,7 @@ TEST_P(MatrixFamily, StepZeroRepeatsOneRow) {
   src.Random(rng);
   ASSERT_EQ(e.call(src, ref, {37, 1}), kroStatusOk);
   Image dst(e.dstPlanar, e.dstChannels, 37, 1);
+  src.forceStep = dst.forceStep = true;
   src.forcedStep = dst.forcedStep = 0;
   ASSERT_EQ(e.call(src, dst, {37, 4}), kroStatusOk);
   for (int p = 0; p < (e.dstPlanar ? e.dstChannels : 1); ++p) {
@@ -153,24 +166,115 @@ TEST_P(MatrixFamily, StepZeroRepeatsOneRow) {
   EXPECT_TRUE(dst.CanariesIntact());
 }
 
-// Buffers that end exactly at an inaccessible page: no byte past the last pixel is touched.
+// Buffers that end exactly at an inaccessible page (or start right after one): no byte past the
+// last pixel, or before the first, is touched.
 TEST_P(MatrixFamily, StaysInsideBuffersThatEndAtAPage) {
   const Export& e = GetParam();
-  for (int width : {1, 7, 8, 9, 15, 16, 17, 33}) {
-    const int srcBytes = e.srcPlanar ? width : width * e.srcChannels;
-    const int dstBytes = e.dstPlanar ? width : width * e.dstChannels;
-    std::vector<std::unique_ptr<GuardedBuffer>> bufs;
-    Image src(e.srcPlanar, e.srcChannels, width, 1), dst(e.dstPlanar, e.dstChannels, width, 1);
-    for (int p = 0; p < (e.srcPlanar ? e.srcChannels : 1); ++p) {
-      bufs.push_back(std::make_unique<GuardedBuffer>(srcBytes));
-      std::memset(bufs.back()->data(), 0x80 + p, srcBytes);
-      src.cptrs[p] = bufs.back()->data();
+  for (bool guardStart : {false, true}) {
+    for (int width : {1, 7, 8, 9, 15, 16, 17, 24, 25, 33}) {
+      const int srcBytes = e.srcPlanar ? width : width * e.srcChannels;
+      const int dstBytes = e.dstPlanar ? width : width * e.dstChannels;
+      std::vector<std::unique_ptr<GuardedBuffer>> bufs;
+      Image src(e.srcPlanar, e.srcChannels, width, 1), dst(e.dstPlanar, e.dstChannels, width, 1);
+      for (int p = 0; p < (e.srcPlanar ? e.srcChannels : 1); ++p) {
+        bufs.push_back(std::make_unique<GuardedBuffer>(srcBytes, guardStart));
+        std::memset(bufs.back()->data(), 0x80 + p, srcBytes);
+        src.cptrs[p] = bufs.back()->data();
+      }
+      for (int p = 0; p < (e.dstPlanar ? e.dstChannels : 1); ++p) {
+        bufs.push_back(std::make_unique<GuardedBuffer>(dstBytes, guardStart));
+        dst.ptrs[p] = bufs.back()->data();
+      }
+      EXPECT_EQ(e.call(src, dst, {width, 1}), kroStatusOk) << width;
     }
-    for (int p = 0; p < (e.dstPlanar ? e.dstChannels : 1); ++p) {
-      bufs.push_back(std::make_unique<GuardedBuffer>(dstBytes));
-      dst.ptrs[p] = bufs.back()->data();
+  }
+}
+
+// Every plane 16-byte aligned with steps of whole vectors, the layout that lets a kernel take
+// aligned loads and stores: the pixels still follow the formula their position calls for (an
+// aligned path may use larger blocks, never other formulas).
+TEST_P(MatrixFamily, AlignedPlanesFollowTheSameFormulas) {
+  const Export& e = GetParam();
+  std::mt19937 rng(8);
+  for (int width : {8, 13, 16, 24, 29, 32, 48, 64, 72}) {
+    const int srcRow = e.srcPlanar ? width : width * e.srcChannels;
+    const int dstRow = e.dstPlanar ? width : width * e.dstChannels;
+    Image src(e.srcPlanar, e.srcChannels, width, 3, (16 - srcRow % 16) % 16 + 32, 0, 0);
+    src.Random(rng);
+    ExpectFormulas(e, src, (16 - dstRow % 16) % 16 + 16, 0, 0);
+    if (HasFatalFailure()) return;
+  }
+}
+
+// Every colour through the block formula where the export has blocks (through its only formula
+// where it has none): 256 x 256 images whose width is a whole number of blocks, one for each
+// value of the third component (every third value under the sanitizers, which are slow).
+TEST_P(MatrixFamily, EveryColourFollowsItsFormula) {
+  const Export& e = GetParam();
+#if !KRO_SIMD
+  GTEST_SKIP() << "the portable build runs the scalar twins themselves";
+#endif
+#if defined(__SANITIZE_ADDRESS__)
+  constexpr int kThirdStep = 3;
+#else
+  constexpr int kThirdStep = 1;
+#endif
+  Image src(e.srcPlanar, e.srcChannels, 256, 256, 16, 0, 0);
+  Image dst(e.dstPlanar, e.dstChannels, 256, 256, 16, 0, 0);
+  const color::PixelFn f = e.block ? e.blockFn : e.tailFn;
+  const int first = e.dstBackwards ? 2 : 0, last = 2 - first;
+  for (int c = 0; c < 256; c += (c == 255 - (255 % kThirdStep) ? 1 : kThirdStep)) {
+    for (int y = 0; y < 256; ++y) {
+      for (int x = 0; x < 256; ++x) {
+        src.at(x, y, 0) = static_cast<uint8_t>(x);
+        src.at(x, y, 1) = static_cast<uint8_t>(y);
+        src.at(x, y, 2) = static_cast<uint8_t>(c);
+      }
     }
-    EXPECT_EQ(e.call(src, dst, {width, 1}), kroStatusOk) << width;
+    ASSERT_EQ(e.call(src, dst, {256, 256}), kroStatusOk);
+    for (int y = 0; y < 256; ++y) {
+      for (int x = 0; x < 256; ++x) {
+        const Px want = f(x, y, c);
+        if (want.c0 != dst.at(x, y, first) || want.c1 != dst.at(x, y, 1) ||
+            want.c2 != dst.at(x, y, last)) {
+          FAIL() << "colour " << x << "," << y << "," << c << ": got " << int(dst.at(x, y, first))
+                 << " " << int(dst.at(x, y, 1)) << " " << int(dst.at(x, y, last)) << ", want "
+                 << int(want.c0) << " " << int(want.c1) << " " << int(want.c2);
+        }
+      }
+    }
+  }
+}
+
+// A negative step walks the image upward: the destination read from its last row with the
+// negated step holds the rows of the plain call in reverse order, and nothing outside them
+// changes.
+TEST_P(MatrixFamily, NegativeStepWalksUpward) {
+  const Export& e = GetParam();
+  std::mt19937 rng(4);
+  const int width = 29, height = 3;
+  Image src(e.srcPlanar, e.srcChannels, width, height, 5, 1);
+  src.Random(rng);
+  Image ref(e.dstPlanar, e.dstChannels, width, height, 3, 2);
+  ASSERT_EQ(e.call(src, ref, {width, height}), kroStatusOk);
+  Image dst(e.dstPlanar, e.dstChannels, width, height, 3, 2);
+  dst.StartAtLastRow();
+  ASSERT_EQ(e.call(src, dst, {width, height}), kroStatusOk);
+  for (std::size_t p = 0; p < dst.planes.size(); ++p) {
+    const int bytes = dst.planes[p]->rowBytes();
+    for (int y = 0; y < height; ++y) {
+      EXPECT_EQ(0, std::memcmp(dst.planes[p]->row(height - 1 - y), ref.planes[p]->row(y), bytes))
+          << "plane " << p << " row " << y;
+    }
+  }
+  EXPECT_TRUE(dst.CanariesIntact());
+  // The source walked upward too gives the plain result back in order.
+  Image again(e.dstPlanar, e.dstChannels, width, height, 3, 2);
+  again.StartAtLastRow();
+  src.StartAtLastRow();
+  ASSERT_EQ(e.call(src, again, {width, height}), kroStatusOk);
+  for (std::size_t p = 0; p < again.planes.size(); ++p) {
+    EXPECT_EQ(again.planes[p]->Region(), ref.planes[p]->Region()) << "plane " << p;
   }
 }
 
@@ -219,6 +323,35 @@ TEST_P(MatrixFamily, ChecksInOrderAndWritesNothingOnError) {
       dst.ptrs[p] = keep;
     }
   }
+}
+
+// FNV-1a over every destination plane's region after one call on a seeded 53 x 3 image with
+// padded steps. The default and the portable build must both reproduce the recorded values,
+// which ties the vector bodies and the scalar twins to one set of bytes.
+inline uint32_t OutputHash(const Export& e) {
+  std::mt19937 rng(2024);
+  Image src(e.srcPlanar, e.srcChannels, 53, 3, 7, 3);
+  src.Random(rng);
+  Image dst(e.dstPlanar, e.dstChannels, 53, 3, 5, 1);
+  if (e.call(src, dst, {53, 3}) != kroStatusOk) return 0;
+  uint32_t h = 2166136261u;
+  for (const auto& plane : dst.planes) {
+    for (uint8_t b : plane->Region()) h = (h ^ b) * 16777619u;
+  }
+  return h;
+}
+
+// Compares OutputHash of each named export with its recorded value.
+using Recorded = std::pair<const char*, uint32_t>;
+inline void ExpectRecordedOutputs(const std::vector<Export>& all,
+                                  const std::vector<Recorded>& recorded) {
+  for (const Recorded& r : recorded) {
+    const auto e =
+        std::find_if(all.begin(), all.end(), [&](const Export& x) { return x.name == r.first; });
+    ASSERT_NE(e, all.end()) << r.first;
+    EXPECT_EQ(OutputHash(*e), r.second) << r.first;
+  }
+  EXPECT_EQ(recorded.size(), all.size()) << "an export without a recorded value";
 }
 
 // A row of `width` copies of one colour through an export; returns the destination image.

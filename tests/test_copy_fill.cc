@@ -144,6 +144,8 @@ TEST(FillPlane, AsksForTheCacheOnlyAbove512KiB) {
   EXPECT_FALSE(FillPlaneStreams((1 << 20) - 1, CountingQuery));
   g_reportedCache = 524289;
   EXPECT_TRUE(FillPlaneStreams(524289, CountingQuery));
+  g_reportedCache = 0;  // an answer of zero bytes is still an answer: every large fill streams
+  EXPECT_TRUE(FillPlaneStreams(524289, CountingQuery));
   g_queries = 0;
   EXPECT_FALSE(FillPlaneStreams(size_t{1} << 30, FailingQuery));  // no answer: plain stores
   EXPECT_EQ(g_queries, 1);

@@ -9,9 +9,9 @@ namespace {
 using namespace kro::test;
 using namespace kro::ycbcr;
 
-#define PLANES_TO_C4(fn)                                                              \
-  [](Image& s, Image& d, KroSize r) {                                                 \
-    return fn(s.cptrs, s.step(), d.ptrs[0], d.step(), r, kAlphaValue);                \
+#define PLANES_TO_C4(fn)                                               \
+  [](Image& s, Image& d, KroSize r) {                                  \
+    return fn(s.cptrs, s.step(), d.ptrs[0], d.step(), r, kAlphaValue); \
   }
 
 std::vector<Export> Exports() {
@@ -76,7 +76,8 @@ TEST(RgbYcbcrValues, ForwardForms) {
 }
 
 TEST(RgbYcbcrValues, InverseForms) {
-  for (color::PixelFn f : {InverseA, InverseB, InverseC, InverseT0, InverseT1, InverseT2}) {
+  for (color::PixelFn f :
+       {InverseA, InverseB, InverseC, Inverse709, InverseT0, InverseT1, InverseT2}) {
     ExpectPx(f(16, 128, 128), 0, 0, 0, "black");
   }
   for (color::PixelFn f : {InverseA, InverseB, InverseT1, InverseT2}) {
@@ -94,8 +95,6 @@ TEST(RgbYcbcrValues, InverseForms) {
   }
 }
 
-// Width 13 through the planar inverse: an 8-pixel and a 4-pixel block of I-C, then pixel 12
-// through I-T1; white shows the difference (254 against 255).
 TEST(RgbYcbcrValues, Inverse709Saturates) {
   const Px p = Inverse709(0, 0, 255);
   EXPECT_NEAR(p.c0, 209, 1);
@@ -103,6 +102,8 @@ TEST(RgbYcbcrValues, Inverse709Saturates) {
   EXPECT_EQ(p.c2, 0);
 }
 
+// Width 13 through the planar inverse: an 8-pixel and a 4-pixel block of I-C, then pixel 12
+// through I-T1; white shows the difference (254 against 255).
 TEST(RgbYcbcrValues, PlanarInverseBlocksOfFour) {
   Image img = RunSolid(Find("YCbCrToRGB_P3R"), 13, 235, 128, 128);
   for (int x = 0; x < 12; ++x) ExpectPixel(img, x, 254, 254, 254, "I-C block");
@@ -135,16 +136,72 @@ TEST(RgbYcbcrValues, C4FormsByColumn) {
   ADD_FAILURE() << "no colour tells I-B from I-T2";
 }
 
-// The aligned and unaligned destinations of the packed forward form give the same bytes.
+// The aligned and unaligned destinations of the packed forward form give the same bytes: an
+// aligned destination with an aligned step, an unaligned destination, and an aligned
+// destination whose step is 8 more than a multiple of 16 (its second row is unaligned).
 TEST(RgbYcbcrValues, AlignedPairAgrees) {
   std::mt19937 rng(11);
   const Export& e = Find("RGBToYCbCr_C3R");
-  Image src(false, 3, 40, 4);
-  src.Random(rng);
-  Image aligned(false, 3, 40, 4, 128 - 120, 0), shifted(false, 3, 40, 4, 8, 8);
-  ASSERT_EQ(e.call(src, aligned, {40, 4}), kroStatusOk);
-  ASSERT_EQ(e.call(src, shifted, {40, 4}), kroStatusOk);
-  EXPECT_EQ(aligned.planes[0]->Region(), shifted.planes[0]->Region());
+  for (int width : {16, 17, 40}) {
+    Image src(false, 3, width, 4);
+    src.Random(rng);
+    const int row = 3 * width, toVector = (16 - row % 16) % 16;
+    Image aligned(false, 3, width, 4, toVector, 0), shifted(false, 3, width, 4, toVector, 8),
+        oddStep(false, 3, width, 4, toVector + 8, 0);
+    ASSERT_EQ(aligned.step() % 16, 0);
+    ASSERT_EQ(oddStep.step() % 16, 8);
+    for (Image* dst : {&aligned, &shifted, &oddStep}) {
+      ASSERT_EQ(e.call(src, *dst, {width, 4}), kroStatusOk);
+      EXPECT_TRUE(dst->CanariesIntact());
+    }
+    EXPECT_EQ(aligned.planes[0]->Region(), shifted.planes[0]->Region());
+    EXPECT_EQ(aligned.planes[0]->Region(), oddStep.planes[0]->Region());
+    Image red = RunSolid(e, width, 255, 0, 0);
+    EXPECT_EQ(red.at(0, 0, 0), 81);
+  }
+}
+
+// A null plane array is caught with the top-level pointers, before the size; the AC4P3R form
+// tests only the three planes inside its array, so a null array is read, not reported.
+TEST(RgbYcbcrChecks, NullPlaneArraysBeforeSize) {
+  uint8_t buf[64] = {};
+  uint8_t* planes[3] = {buf, buf, buf};
+  const uint8_t* cplanes[3] = {buf, buf, buf};
+  const KroSize bad = {0, 0};
+  EXPECT_EQ(kroiRGBToYCbCr_8u_C3P3R(buf, 3, nullptr, 1, bad), kroStatusNullPointer);
+  EXPECT_EQ(kroiRGBToYCbCr_8u_P3R(nullptr, 1, planes, 1, bad), kroStatusNullPointer);
+  EXPECT_EQ(kroiRGBToYCbCr_8u_P3R(cplanes, 1, nullptr, 1, bad), kroStatusNullPointer);
+  EXPECT_EQ(kroiYCbCrToRGB_8u_P3R(nullptr, 1, planes, 1, bad), kroStatusNullPointer);
+  EXPECT_EQ(kroiYCbCrToRGB_8u_P3R(cplanes, 1, nullptr, 1, bad), kroStatusNullPointer);
+  EXPECT_EQ(kroiYCbCrToRGB_8u_P3C4R(nullptr, 1, buf, 4, bad, 0), kroStatusNullPointer);
+  EXPECT_EQ(kroiYCbCrToRGB_8u_P3C3R(nullptr, 1, buf, 3, bad), kroStatusNullPointer);
+  EXPECT_EQ(kroiYCbCrToBGR_8u_P3C3R(nullptr, 1, buf, 3, bad), kroStatusNullPointer);
+  EXPECT_EQ(kroiYCbCrToBGR_8u_P3C4R(nullptr, 1, buf, 4, bad, 0), kroStatusNullPointer);
+  EXPECT_EQ(kroiYCbCrToBGR_709CSC_8u_P3C3R(nullptr, 1, buf, 3, bad), kroStatusNullPointer);
+  EXPECT_EQ(kroiYCbCrToBGR_709CSC_8u_P3C4R(nullptr, 1, buf, 4, bad, 0), kroStatusNullPointer);
+  // With a null source as well, the source comes first and is what is reported.
+  EXPECT_EQ(kroiRGBToYCbCr_8u_AC4P3R(nullptr, 4, nullptr, 1, bad), kroStatusNullPointer);
+}
+
+TEST(RgbYcbcrChecksDeathTest, AC4P3RReadsItsPlaneArrayUntested) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  uint8_t buf[16] = {};
+  EXPECT_DEATH(kroiRGBToYCbCr_8u_AC4P3R(buf, 4, nullptr, 1, {1, 1}), "");
+}
+
+// The bytes of every export on one seeded image, as recorded from a build whose vector bodies
+// matched their scalar twins at every width; the portable build must give the same.
+TEST(RgbYcbcrValues, RecordedOutputs) {
+  const std::vector<Recorded> recorded = {
+      {"RGBToYCbCr_C3R", 0x51D4BBF7u},          {"RGBToYCbCr_C3P3R", 0x73DEDF1Eu},
+      {"RGBToYCbCr_AC4P3R", 0x984E4673u},       {"RGBToYCbCr_AC4R", 0x175B7C9Au},
+      {"RGBToYCbCr_P3R", 0x010DDD71u},          {"YCbCrToRGB_C3R", 0xFE5791E7u},
+      {"YCbCrToRGB_P3C3R", 0x30A0E178u},        {"YCbCrToBGR_P3C3R", 0xA4635BA0u},
+      {"YCbCrToRGB_P3C4R", 0x7C27B0D6u},        {"YCbCrToBGR_P3C4R", 0xFA07B122u},
+      {"YCbCrToRGB_P3R", 0x605AE261u},          {"YCbCrToRGB_AC4R", 0x1D350F3Eu},
+      {"YCbCrToBGR_709CSC_P3C3R", 0x2E772C6Fu}, {"YCbCrToBGR_709CSC_P3C4R", 0x6B1202CCu},
+  };
+  ExpectRecordedOutputs(Exports(), recorded);
 }
 
 }  // namespace

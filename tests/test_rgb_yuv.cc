@@ -1,14 +1,14 @@
 // RGB <-> YUV at full resolution: worked values, every export against its per-pixel formulas at
 // every width, argument checks in order, canaries and guard pages.
+#include <gtest/gtest.h>
+
 #include <cstring>
 #include <functional>
 #include <memory>
 #include <stdexcept>
-#include <tuple>
 #include <string>
+#include <tuple>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 #include "color/rgb_yuv.h"
 #include "matrix_family.h"
@@ -49,7 +49,6 @@ std::vector<Export> Exports() {
 
 INSTANTIATE_TEST_SUITE_P(RgbYuv, MatrixFamily, testing::ValuesIn(Exports()),
                          [](const auto& info) { return info.param.name; });
-
 
 // Null plane arrays come before the size.
 TEST(RgbYuvChecks, NullPlaneArraysBeforeSize) {
@@ -145,6 +144,19 @@ TEST(RgbYuvValues, PlanarPassesSeeEarlierPlanes) {
     EXPECT_EQ(u[x], f(200, y, 90).c1) << x;
     EXPECT_EQ(v[x], f(200, y, 90).c2) << x;
   }
+}
+
+// The bytes of every export on one seeded image, as recorded from a build whose vector bodies
+// matched their scalar twins at every width; the portable build must give the same.
+TEST(RgbYuvValues, RecordedOutputs) {
+  const std::vector<Recorded> recorded = {
+      {"RGBToYUV_C3R", 0xBD9B77EFu},    {"RGBToYUV_C3P3R", 0x039A9E2Fu},
+      {"RGBToYUV_P3R", 0x7A9DA16Au},    {"RGBToYUV_AC4R", 0x3BF2874Eu},
+      {"RGBToYUV_AC4P4R", 0xADAFAF90u}, {"YUVToRGB_C3R", 0x55634A6Cu},
+      {"YUVToRGB_P3C3R", 0x7ABB75ABu},  {"YUVToRGB_P3R", 0x037A5D13u},
+      {"YUVToRGB_AC4R", 0x491DC01Bu},   {"YUVToRGB_C3C4R", 0xC9E4F4DBu},
+  };
+  ExpectRecordedOutputs(Exports(), recorded);
 }
 
 }  // namespace

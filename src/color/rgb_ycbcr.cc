@@ -63,6 +63,22 @@ inline Lanes InverseLanesA(__m128i y, __m128i cb, __m128i cr) {
               _mm_adds_epi16(_mm_adds_epi16(ys, _mm_mulhi_epi16(Set16(8263), cb7)), four), 3)};
 }
 
+// I-B: G and B take plain 16-bit sums before the saturating rounding term.
+inline Lanes InverseLanesB(__m128i y, __m128i cb, __m128i cr) {
+  const __m128i y7 = _mm_slli_epi16(_mm_sub_epi16(y, Set16(16)), 7);
+  const __m128i cb7 = _mm_slli_epi16(_mm_sub_epi16(cb, Set16(128)), 7);
+  const __m128i cr7 = _mm_slli_epi16(_mm_sub_epi16(cr, Set16(128)), 7);
+  const __m128i ys = _mm_mulhi_epi16(Set16(9535), y7);
+  const __m128i eight = Set16(8);
+  const __m128i g = _mm_sub_epi16(_mm_sub_epi16(ys, _mm_mulhi_epi16(Set16(6660), cr7)),
+                                  _mm_mulhi_epi16(Set16(3211), cb7));
+  return {_mm_srai_epi16(
+              _mm_adds_epi16(_mm_adds_epi16(ys, _mm_mulhi_epi16(Set16(13074), cr7)), eight), 4),
+          _mm_srai_epi16(_mm_adds_epi16(g, eight), 4),
+          _mm_srai_epi16(
+              _mm_adds_epi16(_mm_add_epi16(ys, _mm_mulhi_epi16(Set16(16523), cb7)), eight), 4)};
+}
+
 inline Lanes InverseLanesC(__m128i y, __m128i cb, __m128i cr) {
   const __m128i y7 = _mm_slli_epi16(_mm_sub_epi16(y, Set16(16)), 7);
   const __m128i cb7 = _mm_slli_epi16(_mm_sub_epi16(cb, Set16(128)), 7);
@@ -93,18 +109,6 @@ inline Lanes InverseLanes709(__m128i y, __m128i cb, __m128i cr) {
               _mm_adds_epi16(_mm_adds_epi16(ys, _mm_mulhi_epi16(Set16(17326), cb7)), eight), 4)};
 }
 #endif
-
-// Planar source to packed 4-byte pixels with the fourth byte set to alphaValue.
-template <bool kBgr>
-void PlanesToC4(const Kro8u* const planes[3], int srcStep, Kro8u* dst, int dstStep, KroSize roi,
-                Kro8u alpha, RowFn row) {
-  for (int y = 0; y < roi.height; ++y) {
-    uint8_t* d = RowOf(dst, dstStep, y);
-    row(Planar<const uint8_t>(planes, srcStep, y), kBgr ? PackedBgr(d, 4) : Packed(d, 4),
-        roi.width);
-    for (int x = 0; x < roi.width; ++x) d[4 * x + 3] = alpha;
-  }
-}
 
 // Height before width: the order of the checks of the planar-to-packed exports.
 inline kroStatus CheckHeightThenWidth(KroSize roi) {
@@ -149,7 +153,7 @@ kroStatus kroiRGBToYCbCr_8u_AC4P3R(const Kro8u* src, int srcRowStep, Kro8u* cons
   KRO_CHECK(CheckPlanes(dstPlanes, 3));
   KRO_CHECK(CheckSize(roi));
   EachRow(roi.height, PackedRows(src, srcRowStep, 4), PlaneRows<uint8_t>(dstPlanes, dstRowStep),
-          roi.width, ConvertRowScalar<8, ForwardA, ForwardTail>);
+          roi.width, KRO_MATRIX_ROW(8, ForwardLanesA, ForwardA, ForwardTail));
   return kroStatusOk;
 }
 
@@ -213,8 +217,9 @@ kroStatus kroiYCbCrToRGB_8u_P3C4R(const Kro8u* const srcPlanes[3], int srcRowSte
   KRO_CHECK(CheckNull(srcPlanes, dst));
   KRO_CHECK(CheckSize(roi));
   KRO_CHECK(CheckPlanes(srcPlanes, 3));
-  PlanesToC4<false>(srcPlanes, srcRowStep, dst, dstRowStep, roi, alphaValue,
-                    ConvertRowScalar<8, InverseB, InverseT2>);
+  EachRow(roi.height, PlaneRows<const uint8_t>(srcPlanes, srcRowStep),
+          PackedAlphaRows<false>(dst, dstRowStep, alphaValue), roi.width,
+          KRO_MATRIX_ROW(8, InverseLanesB, InverseB, InverseT2));
   return kroStatusOk;
 }
 
@@ -224,8 +229,9 @@ kroStatus kroiYCbCrToBGR_8u_P3C4R(const Kro8u* const srcPlanes[3], int srcRowSte
   KRO_CHECK(CheckNull(srcPlanes, dst));
   KRO_CHECK(CheckPlanes(srcPlanes, 3));
   KRO_CHECK(CheckHeightThenWidth(roi));
-  PlanesToC4<true>(srcPlanes, srcRowStep, dst, dstRowStep, roi, alphaValue,
-                   ConvertRowScalar<0, InverseB, InverseB>);
+  EachRow(roi.height, PlaneRows<const uint8_t>(srcPlanes, srcRowStep),
+          PackedAlphaRows<true>(dst, dstRowStep, alphaValue), roi.width,
+          KRO_MATRIX_ROW(1, InverseLanesB, InverseB, InverseB));
   return kroStatusOk;
 }
 
@@ -271,8 +277,9 @@ kroStatus kroiYCbCrToBGR_709CSC_8u_P3C4R(const Kro8u* const srcPlanes[3], int sr
   KRO_CHECK(CheckNull(srcPlanes, dst));
   KRO_CHECK(CheckPlanes(srcPlanes, 3));
   KRO_CHECK(CheckHeightThenWidth(roi));
-  PlanesToC4<true>(srcPlanes, srcRowStep, dst, dstRowStep, roi, alphaValue,
-                   ConvertRowScalar<0, Inverse709, Inverse709>);
+  EachRow(roi.height, PlaneRows<const uint8_t>(srcPlanes, srcRowStep),
+          PackedAlphaRows<true>(dst, dstRowStep, alphaValue), roi.width,
+          KRO_MATRIX_ROW(1, InverseLanes709, Inverse709, Inverse709));
   return kroStatusOk;
 }
 

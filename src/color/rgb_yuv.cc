@@ -51,7 +51,37 @@ inline Lanes InverseLanesB(__m128i y, __m128i u, __m128i v) {
                          1),
           _mm_srai_epi16(_mm_adds_epi16(y2x, _mm_mulhi_epi16(u16x, Set16(16645))), 1)};
 }
+// R-T2 in 16-bit lanes, exact: with y = Y << 16, (y + 74710 v) >> 16 is Y + v + the high half
+// of 9174 v (74710 = 65536 + 9174), B likewise with 133168 = 2 * 65536 + 2096, and G is
+// Y - v plus the floor of (-25820 u + 27461 v) / 65536 (-38075 = -65536 + 27461), whose two
+// products are summed in 32 bits before the shift as the formula does.
+inline Lanes InverseLanesTail2(__m128i y, __m128i u, __m128i v) {
+  const __m128i uu = _mm_sub_epi16(u, Set16(128)), vv = _mm_sub_epi16(v, Set16(128));
+  const __m128i weights = _mm_set1_epi32((27461 << 16) | (-25820 & 0xFFFF));
+  const __m128i gLo = _mm_srai_epi32(_mm_madd_epi16(_mm_unpacklo_epi16(uu, vv), weights), 16);
+  const __m128i gHi = _mm_srai_epi32(_mm_madd_epi16(_mm_unpackhi_epi16(uu, vv), weights), 16);
+  return {_mm_add_epi16(_mm_add_epi16(y, vv), _mm_mulhi_epi16(vv, Set16(9174))),
+          _mm_add_epi16(_mm_sub_epi16(y, vv), _mm_packs_epi32(gLo, gHi)),
+          _mm_add_epi16(_mm_add_epi16(y, _mm_add_epi16(uu, uu)), _mm_mulhi_epi16(uu, Set16(2096)))};
+}
 
+// R-C: the only block form with a rounding term; G subtracts both chroma terms in turn.
+inline Lanes InverseLanesC(__m128i y, __m128i u, __m128i v) {
+  const __m128i y8x = _mm_slli_epi16(y, 3);
+  const __m128i u128x = _mm_slli_epi16(_mm_subs_epi16(u, Set16(128)), 7);
+  const __m128i v128x = _mm_slli_epi16(_mm_subs_epi16(v, Set16(128)), 7);
+  const __m128i four = Set16(4);
+  return {
+      _mm_srai_epi16(_mm_adds_epi16(_mm_adds_epi16(y8x, _mm_mulhi_epi16(v128x, Set16(4669))), four),
+                     3),
+      _mm_srai_epi16(
+          _mm_adds_epi16(_mm_subs_epi16(_mm_subs_epi16(y8x, _mm_mulhi_epi16(v128x, Set16(2380))),
+                                        _mm_mulhi_epi16(u128x, Set16(1614))),
+                         four),
+          3),
+      _mm_srai_epi16(_mm_adds_epi16(_mm_adds_epi16(y8x, _mm_mulhi_epi16(u128x, Set16(8323))), four),
+                     3)};
+}
 #endif
 }  // namespace
 }  // namespace kro::yuv
@@ -145,8 +175,8 @@ kroStatus kroiYUVToRGB_8u_P3C3R(const Kro8u* const srcPlanes[3], int srcRowStep,
   return kroStatusOk;
 }
 
-// Every pixel through the tail formula of the planar-to-packed kernel. The destination planes
-// are tested before the source planes.
+// Every pixel through the tail formula of the planar-to-packed kernel (computed sixteen at a
+// time in exact lane arithmetic). The destination planes are tested before the source planes.
 kroStatus kroiYUVToRGB_8u_P3R(const Kro8u* const srcPlanes[3], int srcRowStep,
                               Kro8u* const dstPlanes[3], int dstRowStep, KroSize roi) {
   KRO_CHECK(CheckNull(srcPlanes, dstPlanes));
@@ -155,7 +185,7 @@ kroStatus kroiYUVToRGB_8u_P3R(const Kro8u* const srcPlanes[3], int srcRowStep,
   KRO_CHECK(CheckPlanes(srcPlanes, 3));
   EachRow(roi.height, PlaneRows<const uint8_t>(srcPlanes, srcRowStep),
           PlaneRows<uint8_t>(dstPlanes, dstRowStep), roi.width,
-          ConvertRowScalar<0, InverseTail2, InverseTail2>);
+          KRO_MATRIX_ROW(1, InverseLanesTail2, InverseTail2, InverseTail2));
   return kroStatusOk;
 }
 
@@ -174,12 +204,9 @@ kroStatus kroiYUVToRGB_8u_C3C4R(const Kro8u* src, int srcRowStep, Kro8u* dst, in
                                 KroSize roi, Kro8u alphaValue) {
   KRO_CHECK(CheckNull(src, dst));
   KRO_CHECK(CheckSize(roi));
-  for (int y = 0; y < roi.height; ++y) {
-    uint8_t* d = RowOf(dst, dstRowStep, y);
-    ConvertRowScalar<8, InverseBlockC, InverseTail3>(Packed(RowOf(src, srcRowStep, y), 3),
-                                                     Packed(d, 4), roi.width);
-    for (int x = 0; x < roi.width; ++x) d[4 * x + 3] = alphaValue;
-  }
+  EachRow(roi.height, PackedRows(src, srcRowStep, 3),
+          PackedAlphaRows<false>(dst, dstRowStep, alphaValue), roi.width,
+          KRO_MATRIX_ROW(8, InverseLanesC, InverseBlockC, InverseTail3));
   return kroStatusOk;
 }
 

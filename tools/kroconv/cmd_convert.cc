@@ -54,16 +54,6 @@ Source Classify(const std::string& path, const std::string& layout_option, const
                        " LAYOUT, or use .png, .ppm, .pgm or .y4m");
 }
 
-// Bayer grid: which channel (0 R, 1 G, 2 B) sits at each of the four sites of a 2x2 cell.
-void GridSites(const std::string& grid, int sites[4]) {
-  if (grid.size() != 4) Fail(kExitUsage, "unknown Bayer grid '" + grid + "' (rggb, grbg, gbrg, bggr)");
-  static const char* known[] = {"rggb", "grbg", "gbrg", "bggr"};
-  bool ok = false;
-  for (const char* k : known) ok = ok || grid == k;
-  if (!ok) Fail(kExitUsage, "unknown Bayer grid '" + grid + "' (rggb, grbg, gbrg, bggr)");
-  for (int i = 0; i < 4; ++i) sites[i] = grid[i] == 'r' ? 0 : grid[i] == 'g' ? 1 : 2;
-}
-
 Image TakeChannel(const Image& in, const std::string& channel) {
   int c = channel == "r" ? 0 : channel == "g" ? 1 : channel == "b" ? 2 : -1;
   if (c < 0) Fail(kExitUsage, "--channel wants r, g or b, not '" + channel + "'");
@@ -118,6 +108,19 @@ const Matrix& ChooseMatrix(const Args& a, const std::string& what, bool forward)
   NeedsFamily(what);
 }
 
+bool Offers420(bool encode) {
+  for (const Matrix420& m : Matrices420())
+    if (encode ? m.encodes : m.decodes) return true;
+  return false;
+}
+
+// Semi-planar layouts hand their chroma pairs to the library's two-plane forms.
+Chroma ChromaOf(const Source& s) {
+  if (s.kind != Kind::kRawYuv) return Chroma::kPlanes;
+  std::string n = s.layout->name;
+  return n == "nv12" ? Chroma::kPairsUV : n == "nv21" ? Chroma::kPairsVU : Chroma::kPlanes;
+}
+
 void WriteFrames(const std::vector<Yuv>& frames, const Source& to, const std::string& out) {
   if (to.kind == Kind::kY4m) {
     WriteY4m(frames, out);
@@ -151,6 +154,15 @@ void ConvertHelp() {
   for (const Matrix& m : Matrices()) std::printf("  %-6s %s\n", m.name, m.text);
   if (!Matrices().empty())
     std::printf("Colour images convert to and from 4:4:4 (i444, or Y4M 4:4:4) at full resolution.\n");
+  std::printf("\n4:2:0 matrices in this build:%s\n", Matrices420().empty() ? " none" : "");
+  for (const Matrix420& m : Matrices420())
+    std::printf("  %-6s %-12s %s\n", m.name,
+                m.encodes && m.decodes ? "both ways" : m.encodes ? "to 4:2:0" : "from 4:2:0", m.text);
+  if (!Matrices420().empty())
+    std::printf(
+        "Colour images convert to and from i420, yv12, nv12 and nv21 (chroma averaged over each\n"
+        "2x2 block, repeated on the way back); nv12 and nv21 go through the library's two-plane\n"
+        "forms where the matrix has them. Odd sizes: the library converts the even part and warns.\n");
   std::printf(
       "\nWithout colour conversion in the library, this moves samples only: image to image,\n"
       "YUV layouts of the same subsampling, a grey image to YUV (neutral chroma), a YUV luma\n"
@@ -169,6 +181,9 @@ int Convert(int argc, char** argv) {
   Source to = Classify(out, a.Get("to"), "to");
   if (a.Has("luma") && a.Has("planes")) Fail(kExitUsage, "--luma and --planes exclude each other");
 
+  // Reading, then converting and writing (multi-frame output shows its own line per frame).
+  Progress progress("convert " + in, 2);
+  progress.Step(0);
   if (from.kind == Kind::kImage || from.kind == Kind::kBayer) {
     Image image;
     if (from.kind == Kind::kImage) {
@@ -180,6 +195,7 @@ int Convert(int argc, char** argv) {
       if (bits != 8 && bits != 16) Fail(kExitUsage, "--bits wants 8 or 16");
       image = ReadRawBayer(in, w, h, static_cast<int>(bits));
     }
+    progress.Step(1);
     if (a.Has("channel")) image = TakeChannel(image, a.Get("channel"));
     switch (to.kind) {
       case Kind::kImage:
@@ -190,18 +206,23 @@ int Convert(int argc, char** argv) {
           WriteRawBayer(image, out);
           break;
         }
-        int sites[4];
-        GridSites(a.Get("grid", "rggb"), sites);
+        const int grid = BayerGridCode(a.Get("grid", "rggb"));
         Image plane;
         plane.Resize(image.width, image.height, 1, image.bits);
         for (int y = 0; y < image.height; ++y)
           for (int x = 0; x < image.width; ++x)
-            plane.At(x, y, 0) = image.At(x, y, sites[(y & 1) * 2 + (x & 1)]);
+            plane.At(x, y, 0) = image.At(x, y, BayerSite(grid, x, y));
         WriteRawBayer(plane, out);
         break;
       }
       case Kind::kRawYuv:
       case Kind::kY4m: {
+        if (image.channels != 1 && to.kind == Kind::kRawYuv && to.layout->sub == Sub::k420 &&
+            Offers420(true)) {
+          const Matrix420& m = Find420(a.Get("matrix"), true);
+          WriteFrames({RgbTo420(image, m, ChromaOf(to))}, to, out);
+          break;
+        }
         if (image.channels != 1) {
           const Matrix& m = ChooseMatrix(a, "a colour image to YUV", true);
           if (to.kind == Kind::kRawYuv && to.layout->sub != Sub::k444)
@@ -227,6 +248,7 @@ int Convert(int argc, char** argv) {
     a.GetSize("size", w, h);
     frames = ReadRawYuv(in, *from.layout, w, h);
   }
+  progress.Step(1);
   switch (to.kind) {
     case Kind::kRawYuv:
     case Kind::kY4m:
@@ -239,6 +261,8 @@ int Convert(int argc, char** argv) {
         WriteImage(PlaneView(f), out);
       else if (a.Has("luma") || f.sub == Sub::kMono)
         WriteImage(LumaOf(f), out);
+      else if (f.sub == Sub::k420 && Offers420(false))
+        WriteImage(Yuv420ToImage(f, Find420(a.Get("matrix"), false), ChromaOf(from)), out);
       else if (f.sub == Sub::k444 && !Matrices().empty())
         WriteImage(Rgb444ToImage(f, ChooseMatrix(a, "YUV to a colour image", false)), out);
       else if (f.sub == Sub::k444)

@@ -48,7 +48,10 @@ int Gamma(int argc, char** argv) {
   if (a.positional.size() != 2) Fail(kExitUsage, "gamma wants an input and an output image");
   if (!IsImagePath(a.positional[1]))
     Fail(kExitUsage, "cannot tell the kind of " + a.positional[1] + ": use .png, .ppm or .pgm");
+  Progress progress("gamma " + a.positional[0], 3);  // reading, converting, writing
+  progress.Step(0);
   Image image = ReadImage(a.positional[0]);
+  progress.Step(1);
   const bool inverse = a.Has("inverse");
   if (image.bits <= 8) {
     Apply<Kro8u>(image, inverse ? kroiGammaInv_8u_C3IR : kroiGammaFwd_8u_C3IR,
@@ -59,6 +62,7 @@ int Gamma(int argc, char** argv) {
                   inverse ? kroiGammaInv_16u_AC4IR : kroiGammaFwd_16u_AC4IR, "kroiGamma_16u_C3IR",
                   "kroiGamma_16u_AC4IR");
   }
+  progress.Step(2);
   WriteImage(image, a.positional[1]);
   return kExitOk;
 #else

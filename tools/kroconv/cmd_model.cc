@@ -28,7 +28,10 @@ int Model(int argc, char** argv) {
   std::string layout = a.Get("layout", "strip");
   if (layout != "strip" && layout != "packed")
     Fail(kExitUsage, "--layout wants strip or packed, not '" + layout + "'");
+  Progress progress("model " + a.positional[0], 3);  // reading, converting, writing
+  progress.Step(0);
   Image in = ReadImage(a.positional[0]);
+  progress.Step(1);
   if (!IsImagePath(a.positional[1]))
     Fail(kExitUsage, "cannot tell the kind of " + a.positional[1] + ": use .png, .ppm or .pgm");
   Yuv f = RgbTo444(in, m);
@@ -45,6 +48,7 @@ int Model(int argc, char** argv) {
     for (size_t i = 0; i < f.y.size(); ++i)
       for (int p = 0; p < 3; ++p) out.samples[i * 3 + p] = (*planes[p])[i];
   }
+  progress.Step(2);
   WriteImage(out, a.positional[1]);
   return kExitOk;
 }

@@ -13,11 +13,36 @@ namespace kroconv {
 
 bool g_warned = false;
 
+namespace {
+
+// What each status of the library means, for the one line that reports it.
+const char* StatusText(kroStatus status) {
+  switch (status) {
+    case kroStatusNegativeInput: return "a negative input was met";
+    case kroStatusOddSize: return "odd width or height: the even part was converted";
+    case kroStatusBadArgument: return "Bayer grid code out of range";
+    case kroStatusBadSize: return "image too small for this conversion";
+    case kroStatusNullPointer: return "null pointer";
+    case kroStatusBadStep: return "bad row step";
+    case kroStatusBadContext: return "bad noise generator state";
+    case kroStatusBadChannel: return "bad channel count";
+    case kroStatusBadGammaRange: return "empty gamma range";
+    case kroStatusBadDitherLevels: return "levels out of range for the sample type";
+    case kroStatusBadNoise: return "noise out of range";
+    case kroStatusBadDitherType: return "unknown dither kind";
+    default: return "unknown status";
+  }
+}
+
+}  // namespace
+
 void CheckStatus(kroStatus status, const char* function) {
   if (status < 0)
-    Fail(kExitLibrary, std::string(function) + " failed with status " + std::to_string(status));
+    Fail(kExitLibrary, std::string(function) + " failed with status " + std::to_string(status) + " (" +
+                           StatusText(status) + ")");
   if (status > 0) {
-    std::fprintf(stderr, "kroconv: warning: %s returned status %d; output kept\n", function, status);
+    std::fprintf(stderr, "kroconv: warning: %s returned status %d (%s); output kept\n", function, status,
+                 StatusText(status));
     g_warned = true;
   }
 }
@@ -48,13 +73,20 @@ const Command kCommands[] = {
      kroconv::ModelHelp},
     {"gamma", "apply the BT.709 transfer curve or its inverse (8 or 16 bits)", kroconv::Gamma,
      kroconv::GammaHelp},
+    {"demosaic", "turn a raw Bayer plane into an RGB image (bilinear or AHD)", kroconv::Demosaic,
+     kroconv::DemosaicHelp},
+    {"dither", "reduce an image to a few levels per channel, with or without dither",
+     kroconv::Dither, kroconv::DitherHelp},
     {"sheet", "lay images out side by side with labels (a contact sheet)", kroconv::Sheet,
      kroconv::SheetHelp},
 };
 
-// model is offered only when the library has a colour matrix, gamma only with the gamma family.
+// model is offered only when the library has a colour matrix, and each family's subcommand only
+// with that family.
 bool Offered(const Command& c) {
   if (std::strcmp(c.name, "gamma") == 0) return KRO_HAS_GAMMA;
+  if (std::strcmp(c.name, "demosaic") == 0) return !kroconv::DemosaicMethods().empty();
+  if (std::strcmp(c.name, "dither") == 0) return kroconv::DitherOffered();
   return std::strcmp(c.name, "model") != 0 || !kroconv::Matrices().empty();
 }
 

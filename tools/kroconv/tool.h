@@ -108,6 +108,12 @@ void WriteY4m(const std::vector<Yuv>& frames, const std::string& path);
 Image ReadRawBayer(const std::string& path, int width, int height, int bits);
 void WriteRawBayer(const Image& plane, const std::string& path);
 
+// Bayer grids by name (rggb, grbg, gbrg, bggr: the colours of the 2x2 cell at pixel (0, 0), row
+// by row) and the library's code for each; fails naming the choices.
+int BayerGridCode(const std::string& name);
+// The channel (0 R, 1 G, 2 B) that a grid of that code holds at pixel (x, y).
+int BayerSite(int code, int x, int y);
+
 // ---- labels -----------------------------------------------------------------------------------
 
 // Draws text with the built-in 3x5 font, each font pixel a scale x scale block.

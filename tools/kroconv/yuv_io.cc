@@ -271,6 +271,21 @@ void WriteY4m(const std::vector<Yuv>& frames, const std::string& path) {
 
 // ---- Bayer ------------------------------------------------------------------------------------
 
+// Indexed by the library's grid code: the name, and the channel at the four sites of the cell
+// at (0, 0), (1, 0), (0, 1), (1, 1).
+static const struct {
+  const char* name;
+  int sites[4];
+} kGrids[] = {{"bggr", {2, 1, 1, 0}}, {"rggb", {0, 1, 1, 2}}, {"gbrg", {1, 2, 0, 1}}, {"grbg", {1, 0, 2, 1}}};
+
+int BayerGridCode(const std::string& name) {
+  for (int code = 0; code < 4; ++code)
+    if (name == kGrids[code].name) return code;
+  Fail(kExitUsage, "unknown Bayer grid '" + name + "' (rggb, grbg, gbrg, bggr)");
+}
+
+int BayerSite(int code, int x, int y) { return kGrids[code].sites[(y & 1) * 2 + (x & 1)]; }
+
 Image ReadRawBayer(const std::string& path, int width, int height, int bits) {
   std::vector<uint8_t> d = ReadWholeFile(path);
   size_t need = static_cast<size_t>(width) * height * (bits / 8);
