@@ -1,6 +1,8 @@
 // RGB and BGR to 4:2:0: the 22 exports at 1920x1080 and 64x64, and libyuv's conversions beside
 // the packed forms when it is installed, once as it runs by default and once with its AVX and
 // wider paths masked off (the SSE2 + SSSE3 class this library is built for).
+#include <algorithm>
+#include <chrono>
 #include <string>
 
 #include "bench_util.h"
@@ -66,6 +68,35 @@ void Add(const std::string& name, int bpp, Fn fn, int cpuMask = -1) {
   })
 
 #ifdef KRO_HAVE_LIBYUV
+// This library's conversion and a peer's on the same image, alternating call by call, each
+// timed alone; the counters are the fastest call of each and the ratio of the two (above 1:
+// this library is faster). Taking the fastest call keeps the ratio steady on a busy machine.
+void AddRatio(const std::string& name, int bpp, Fn ours, Fn peer, int cpuMask) {
+  benchmark::RegisterBenchmark(
+      (name + "/" + std::to_string(kFullW) + "x" + std::to_string(kFullH)).c_str(),
+      [=](benchmark::State& state) {
+        Images img(kFullW, kFullH, bpp);
+        const KroSize roi = {kFullW, kFullH};
+        double best[2] = {1e30, 1e30};
+        for (auto _ : state) {
+          for (int k = 0; k < 2; ++k) {
+            libyuv::MaskCpuFlags(k ? cpuMask : -1);
+            const auto t0 = std::chrono::steady_clock::now();
+            (k ? peer : ours)(img, roi);
+            benchmark::ClobberMemory();
+            const auto t1 = std::chrono::steady_clock::now();
+            best[k] = std::min(best[k], std::chrono::duration<double>(t1 - t0).count());
+          }
+        }
+        libyuv::MaskCpuFlags(-1);
+        state.counters["krocc_us"] = best[0] * 1e6;
+        state.counters["peer_us"] = best[1] * 1e6;
+        state.counters["speed_vs_peer"] = best[1] / best[0];
+      })
+      ->Unit(benchmark::kMicrosecond)
+      ->Iterations(200);
+}
+
 // A libyuv conversion from one packed source to I420 planes.
 template <auto kConvert>
 void Peer(Images& i, KroSize r) {
@@ -113,6 +144,27 @@ const bool kRegistered = [] {
     Add("libyuv_RAWToI420" + s, 3, Peer<RAWToI420>, mask);
     Add("libyuv_RGB24ToI420" + s, 3, Peer<RGB24ToI420>, mask);
     Add("libyuv_ARGBToI420" + s, 4, Peer<ARGBToI420>, mask);
+  }
+  for (auto [suffix, mask] : {std::pair{"", -1}, std::pair{"_noAVX2", noAvx}}) {
+    const std::string s = suffix;
+    AddRatio(
+        "ratio_kroiRGBToYCbCr420_8u_C3P3R_vs_RAWToI420" + s, 3,
+        [](Images& i, KroSize r) {
+          kroiRGBToYCbCr420_8u_C3P3R(i.src.data(), i.srcStep, i.planes, i.steps, r);
+        },
+        Peer<RAWToI420>, mask);
+    AddRatio(
+        "ratio_kroiBGRToYCbCr420_8u_C3P3R_vs_RGB24ToI420" + s, 3,
+        [](Images& i, KroSize r) {
+          kroiBGRToYCbCr420_8u_C3P3R(i.src.data(), i.srcStep, i.planes, i.steps, r);
+        },
+        Peer<RGB24ToI420>, mask);
+    AddRatio(
+        "ratio_kroiBGRToYCbCr420_8u_AC4P3R_vs_ARGBToI420" + s, 4,
+        [](Images& i, KroSize r) {
+          kroiBGRToYCbCr420_8u_AC4P3R(i.src.data(), i.srcStep, i.planes, i.steps, r);
+        },
+        Peer<ARGBToI420>, mask);
   }
 #endif
   return true;

@@ -15,6 +15,7 @@
 //
 // The body form exists twice: as SSSE3 code sixteen pixels (eight blocks) a turn, and as the
 // scalar twin that the portable build runs, written with the lane helpers of frame/lanes.h.
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <type_traits>
@@ -331,36 +332,47 @@ namespace {
 // ---- SSSE3 bodies: sixteen pixels of a row pair a turn ---------------------------------------
 //
 // A row of sixteen packed pixels (48 or 64 bytes) is cut into four groups of four pixels; one
-// byte shuffle per group gathers its R, G and B bytes into 32-bit runs, and a 4x4 transpose of
-// those runs gives one 16-byte vector per component. From there:
+// byte shuffle per group gathers its R, G and B bytes into 32-bit runs, and two interleaves of
+// those runs give R|G of pixels 0..7, R|G of pixels 8..15 and the sixteen B bytes. From there:
 // - luma lanes are the component bytes widened into the high byte of each 16-bit lane (x * 256,
 //   which the unpack gives for free), pixels 0..7 and 8..15;
-// - block sums times 32 come from pmaddubsw of each row's component bytes with 32 (neighbouring
-//   pixels) and the add of the two rows: exactly the a, b, c of the chroma formulas.
+// - block sums times 32 come from pmaddubsw of each row's bytes with 32 (neighbouring pixels)
+//   and the add of the two rows: exactly the a, b, c of the chroma formulas.
 // Every lane computes exactly its set's body formula.
 
 inline __m128i Set16(int v) { return _mm_set1_epi16(static_cast<int16_t>(v)); }
 
-// Components of a row in memory order, sixteen bytes each.
-struct RowBytes {
-  __m128i c[3];
+// A row of sixteen pixels after the split: rg[0] holds R of pixels 0..7 in its low eight bytes
+// and G of the same pixels in its high eight, rg[1] the same for pixels 8..15, and b the sixteen
+// B bytes.
+struct RowParts {
+  __m128i rg[2], b;
 };
 
-template <int kBpp>
+// Per group of four pixels: the R, G and B bytes in runs of four (alpha, if any, dropped).
+template <class Layout>
 inline __m128i GroupMask() {
-  // Bytes of the first three components of four pixels, kBpp bytes apart, in runs of four.
-  return kBpp == 3 ? _mm_setr_epi8(0, 3, 6, 9, 1, 4, 7, 10, 2, 5, 8, 11, -1, -1, -1, -1)
-                   : _mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, -1, -1, -1, -1);
+  constexpr int kR = Layout::kReversed ? 2 : 0, kB = 2 - kR, n = Layout::kBpp;
+  return _mm_setr_epi8(kR, kR + n, kR + 2 * n, kR + 3 * n, 1, 1 + n, 1 + 2 * n, 1 + 3 * n, kB,
+                       kB + n, kB + 2 * n, kB + 3 * n, -1, -1, -1, -1);
 }
 
-template <class Layout, bool kAligned>
-inline RowBytes LoadRow(const uint8_t* p) {
+// kOverlap: the four groups of a 3-byte row come from four loads twelve bytes apart, which read
+// four bytes past the sixteenth pixel; the caller uses it only where the row goes on that far.
+// Otherwise three loads are cut up by byte alignment.
+template <class Layout, bool kAligned, bool kOverlap>
+inline RowParts LoadRow(const uint8_t* p) {
   auto load = [&](int i) {
     const __m128i* a = reinterpret_cast<const __m128i*>(p + 16 * i);
     return kAligned ? _mm_load_si128(a) : _mm_loadu_si128(a);
   };
   __m128i q[4];
-  if constexpr (Layout::kBpp == 3) {
+  if constexpr (Layout::kBpp == 3 && kOverlap) {
+    q[0] = load(0);
+    for (int i = 1; i < 4; ++i) {
+      q[i] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 12 * i));
+    }
+  } else if constexpr (Layout::kBpp == 3) {
     const __m128i p0 = load(0), p1 = load(1), p2 = load(2);
     q[0] = p0;
     q[1] = _mm_alignr_epi8(p1, p0, 12);
@@ -369,23 +381,48 @@ inline RowBytes LoadRow(const uint8_t* p) {
   } else {
     for (int i = 0; i < 4; ++i) q[i] = load(i);
   }
-  const __m128i mask = GroupMask<Layout::kBpp>();
+  const __m128i mask = GroupMask<Layout>();
   for (int i = 0; i < 4; ++i) q[i] = _mm_shuffle_epi8(q[i], mask);
-  const __m128i t0 = _mm_unpacklo_epi32(q[0], q[1]), t1 = _mm_unpacklo_epi32(q[2], q[3]);
-  const __m128i t2 = _mm_unpackhi_epi32(q[0], q[1]), t3 = _mm_unpackhi_epi32(q[2], q[3]);
-  return {{_mm_unpacklo_epi64(t0, t1), _mm_unpackhi_epi64(t0, t1), _mm_unpacklo_epi64(t2, t3)}};
+  return {{_mm_unpacklo_epi32(q[0], q[1]), _mm_unpacklo_epi32(q[2], q[3])},
+          _mm_unpacklo_epi64(_mm_unpackhi_epi32(q[0], q[1]), _mm_unpackhi_epi32(q[2], q[3]))};
 }
 
-// Lane forms of the sets, on components times 256 (r8, g8, b8) and block sums times 32
-// (a, b, c). Luma(r8, g8, b8, &pre) gives the luma lanes before the pack and, for the YUV sets,
-// the per-pixel value whose block sum the chroma needs; Chroma(a, b, c, preSum) gives the Cb and
-// Cr lanes before the pack.
+// Lane forms of the sets, on widened components (r8, g8, b8) and block sums times 32 (a, b, c).
+// Luma(r8, g8, b8, &pre) gives the luma lanes before the pack and, for the YUV sets, the
+// per-pixel value whose block sum the chroma needs; Chroma(a, b, c, preSum) gives the Cb and Cr
+// lanes before the pack. The widening puts each component byte in the high byte of its lane and
+// the set's kLow byte under it (plain: x * 256).
+struct PlainWidening {
+  static constexpr uint8_t kLow[3] = {0, 0, 0};
+};
+
+// mulr(x * 128, k) = (x k + 128) >> 8 equals hiU(x * 256 + c, k) - d for every byte x, for
+// the (c, d) of each luma weight of set A below: the constant c placed under the sample makes
+// the truncating high product round as mulr does, shifted by d. So the luma of set A needs no
+// shift of its samples: the widening puts c in the low byte for free, and the d go into the
+// bias. Checked for all 256 bytes at compile time.
+struct Rounding {
+  int32_t c, d;
+};
+inline constexpr Rounding kRoundA[3] = {{179, 11}, {4, 0}, {143, 3}};
+constexpr bool RoundsExactly(int32_t k, Rounding r) {
+  for (int32_t x = 0; x < 256; ++x) {
+    if ((((256 * x + r.c) * k) >> 16) - r.d != ((k * x + 128) >> 8)) return false;
+  }
+  return true;
+}
+static_assert(RoundsExactly(SetA::kY[0], kRoundA[0]) && RoundsExactly(SetA::kY[1], kRoundA[1]) &&
+                  RoundsExactly(SetA::kY[2], kRoundA[2]),
+              "set A luma through truncating products");
+
 struct LanesA {
-  // pmulhrsw is signed, so the samples go in at x * 128.
+  static constexpr uint8_t kLow[3] = {kRoundA[0].c, kRoundA[1].c, kRoundA[2].c};
   static __m128i Luma(__m128i r8, __m128i g8, __m128i b8, __m128i*) {
-    auto m = [](__m128i x8, int k) { return _mm_mulhrs_epi16(_mm_srli_epi16(x8, 1), Set16(k)); };
-    const __m128i y = _mm_add_epi16(_mm_add_epi16(m(r8, SetA::kY[0]), m(g8, SetA::kY[1])),
-                                    _mm_add_epi16(m(b8, SetA::kY[2]), Set16(SetA::kYBias)));
+    constexpr int kBias = SetA::kYBias - kRoundA[0].d - kRoundA[1].d - kRoundA[2].d;
+    const __m128i y =
+        _mm_add_epi16(_mm_add_epi16(_mm_mulhi_epu16(r8, Set16(SetA::kY[0])),
+                                    _mm_mulhi_epu16(g8, Set16(SetA::kY[1]))),
+                      _mm_add_epi16(_mm_mulhi_epu16(b8, Set16(SetA::kY[2])), Set16(kBias)));
     return _mm_srai_epi16(y, 6);
   }
   static void Chroma(__m128i a, __m128i b, __m128i c, __m128i, __m128i* cb, __m128i* cr) {
@@ -401,7 +438,7 @@ struct LanesA {
 };
 
 template <const HighCoefs& K>
-struct LanesHigh {
+struct LanesHigh : PlainWidening {
   static __m128i Luma(__m128i r8, __m128i g8, __m128i b8, __m128i*) {
     auto m = [](__m128i x, int k) { return _mm_mulhi_epu16(x, Set16(k)); };
     const __m128i y =
@@ -421,10 +458,20 @@ struct LanesHigh {
   }
 };
 
+// Set E's weights have such constants too; its per-pixel F must come out exact for the block
+// sum, so the d are taken off F itself.
+inline constexpr Rounding kRoundE[3] = {{87, 6}, {92, 13}, {18, 0}};
+static_assert(RoundsExactly(SetE::kY[0], kRoundE[0]) && RoundsExactly(SetE::kY[1], kRoundE[1]) &&
+                  RoundsExactly(SetE::kY[2], kRoundE[2]),
+              "set E luma through truncating products");
+
 struct LanesE {
+  static constexpr uint8_t kLow[3] = {kRoundE[0].c, kRoundE[1].c, kRoundE[2].c};
   static __m128i Luma(__m128i r8, __m128i g8, __m128i b8, __m128i* pre) {
-    auto m = [](__m128i x8, int k) { return _mm_mulhrs_epi16(_mm_srli_epi16(x8, 1), Set16(k)); };
-    *pre = _mm_add_epi16(_mm_add_epi16(m(r8, SetE::kY[0]), m(g8, SetE::kY[1])), m(b8, SetE::kY[2]));
+    constexpr int kOff = -(kRoundE[0].d + kRoundE[1].d + kRoundE[2].d);
+    *pre = _mm_add_epi16(_mm_add_epi16(_mm_mulhi_epu16(r8, Set16(SetE::kY[0])),
+                                       _mm_mulhi_epu16(g8, Set16(SetE::kY[1]))),
+                         _mm_add_epi16(_mm_mulhi_epu16(b8, Set16(SetE::kY[2])), Set16(kOff)));
     return _mm_srai_epi16(*pre, 6);
   }
   static void Chroma(__m128i a, __m128i, __m128i c, __m128i preSum, __m128i* u, __m128i* v) {
@@ -438,7 +485,7 @@ struct LanesE {
   }
 };
 
-struct LanesF {
+struct LanesF : PlainWidening {
   static __m128i Luma(__m128i r8, __m128i g8, __m128i b8, __m128i* pre) {
     auto m = [](__m128i x8, int k) { return _mm_mulhi_epi16(_mm_srli_epi16(x8, 6), Set16(k)); };
     *pre =
@@ -480,42 +527,52 @@ inline __m128i ClampBytes(__m128i v) {
 template <class Set>
 inline constexpr bool kNeedsLumaSums = std::is_same_v<Set, SetE> || std::is_same_v<Set, SetF>;
 
-// One row of sixteen pixels: luma stored, block-sum contributions (times 32) added to sums[3],
-// and for the YUV sets the row's pair sums of the per-pixel luma value added to *preSum.
-template <class Set, class Layout, bool kAligned>
-inline void Row16(const uint8_t* src, uint8_t* y, __m128i (&sums)[3], __m128i* preSum) {
+// The block sums of a row pair, times 32, as they accumulate: pair sums of R | G for pixels
+// 0..7 and 8..15, of B for all sixteen, and for the YUV sets of the per-pixel luma value.
+struct Acc {
+  __m128i rg[2], b, pre;
+};
+
+// One row of sixteen pixels: luma stored, the row's pair sums added to the accumulators.
+template <class Set, class Layout, bool kAligned, bool kOverlap>
+inline void Row16(const uint8_t* src, uint8_t* y, Acc& acc) {
   using L = LanesOf<Set>;
-  const RowBytes v = LoadRow<Layout, kAligned>(src);
-  const int r = Layout::kReversed ? 2 : 0, b = 2 - r;
-  const __m128i zero = _mm_setzero_si128(), by32 = _mm_set1_epi8(32);
+  const RowParts v = LoadRow<Layout, kAligned, kOverlap>(src);
+  const __m128i by32 = _mm_set1_epi8(32);
+  acc.rg[0] = _mm_add_epi16(acc.rg[0], _mm_maddubs_epi16(v.rg[0], by32));
+  acc.rg[1] = _mm_add_epi16(acc.rg[1], _mm_maddubs_epi16(v.rg[1], by32));
+  acc.b = _mm_add_epi16(acc.b, _mm_maddubs_epi16(v.b, by32));
+  // Low bytes of the lanes: red's in the low half, green's in the high half of rg.
+  const __m128i lowRG = _mm_unpacklo_epi64(_mm_set1_epi8(static_cast<char>(L::kLow[0])),
+                                           _mm_set1_epi8(static_cast<char>(L::kLow[1])));
+  const __m128i lowB = _mm_set1_epi8(static_cast<char>(L::kLow[2]));
   __m128i pre[2];
-  const __m128i lo = L::Luma(_mm_unpacklo_epi8(zero, v.c[r]), _mm_unpacklo_epi8(zero, v.c[1]),
-                             _mm_unpacklo_epi8(zero, v.c[b]), &pre[0]);
-  const __m128i hi = L::Luma(_mm_unpackhi_epi8(zero, v.c[r]), _mm_unpackhi_epi8(zero, v.c[1]),
-                             _mm_unpackhi_epi8(zero, v.c[b]), &pre[1]);
+  const __m128i lo = L::Luma(_mm_unpacklo_epi8(lowRG, v.rg[0]), _mm_unpackhi_epi8(lowRG, v.rg[0]),
+                             _mm_unpacklo_epi8(lowB, v.b), &pre[0]);
+  const __m128i hi = L::Luma(_mm_unpacklo_epi8(lowRG, v.rg[1]), _mm_unpackhi_epi8(lowRG, v.rg[1]),
+                             _mm_unpackhi_epi8(lowB, v.b), &pre[1]);
   const __m128i bytes = ClampBytes<Set>(_mm_packus_epi16(lo, hi));
   if (kAligned) {
     _mm_store_si128(reinterpret_cast<__m128i*>(y), bytes);
   } else {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(y), bytes);
   }
-  for (int k = 0; k < 3; ++k) {
-    sums[k] = _mm_add_epi16(sums[k], _mm_maddubs_epi16(v.c[k == 0 ? r : k == 2 ? b : 1], by32));
+  if constexpr (kNeedsLumaSums<Set>) {
+    acc.pre = _mm_add_epi16(acc.pre, _mm_hadd_epi16(pre[0], pre[1]));
   }
-  if constexpr (kNeedsLumaSums<Set>)
-    *preSum = _mm_add_epi16(*preSum, _mm_hadd_epi16(pre[0], pre[1]));
 }
 
 // Sixteen pixels of two rows: 2 x 16 luma bytes and eight chroma columns.
-template <class Set, class Layout, bool kInterleaved, bool kAligned>
+template <class Set, class Layout, bool kInterleaved, bool kAligned, bool kOverlap>
 inline void Step16(const uint8_t* s0, const uint8_t* s1, uint8_t* y0, uint8_t* y1, uint8_t* cb,
                    uint8_t* cr) {
-  __m128i sums[3] = {_mm_setzero_si128(), _mm_setzero_si128(), _mm_setzero_si128()};
-  __m128i preSum = _mm_setzero_si128();
-  Row16<Set, Layout, kAligned>(s0, y0, sums, &preSum);
-  Row16<Set, Layout, kAligned>(s1, y1, sums, &preSum);
+  const __m128i zero = _mm_setzero_si128();
+  Acc acc = {{zero, zero}, zero, zero};
+  Row16<Set, Layout, kAligned, kOverlap>(s0, y0, acc);
+  Row16<Set, Layout, kAligned, kOverlap>(s1, y1, acc);
   __m128i vcb, vcr;
-  LanesOf<Set>::Chroma(sums[0], sums[1], sums[2], preSum, &vcb, &vcr);
+  LanesOf<Set>::Chroma(_mm_unpacklo_epi64(acc.rg[0], acc.rg[1]),
+                       _mm_unpackhi_epi64(acc.rg[0], acc.rg[1]), acc.b, acc.pre, &vcb, &vcr);
   const __m128i both = ClampBytes<Set>(_mm_packus_epi16(vcb, vcr));  // Cb in 0..7, Cr in 8..15
   if (kInterleaved) {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(cb),
@@ -526,33 +583,46 @@ inline void Step16(const uint8_t* s0, const uint8_t* s1, uint8_t* y0, uint8_t* y
   }
 }
 
+// Sixteen-pixel steps over [x, end) of a row pair.
+template <class Set, class Layout, bool kAligned, bool kOverlap>
+inline int Steps16(const uint8_t* s0, const uint8_t* s1, uint8_t* y0, uint8_t* y1, ChromaRow c,
+                   int x, int end) {
+  constexpr int kBpp = Layout::kBpp;
+  if (c.stride == 2) {
+    for (; x + 16 <= end; x += 16) {
+      Step16<Set, Layout, true, kAligned, kOverlap>(s0 + kBpp * x, s1 + kBpp * x, y0 + x, y1 + x,
+                                                    c.cb + x, nullptr);
+    }
+  } else {
+    for (; x + 16 <= end; x += 16) {
+      Step16<Set, Layout, false, kAligned, kOverlap>(s0 + kBpp * x, s1 + kBpp * x, y0 + x, y1 + x,
+                                                     c.cb + x / 2, c.cr + x / 2);
+    }
+  }
+  return x;
+}
+
 // Body columns [0, cols) of a row pair: sixteen pixels a turn, and a last part of eight or four
 // pixels through the same lanes on copies in a small stack buffer, so that no byte outside the
 // region is read or written.
 template <class Set, class Layout, bool kAligned>
 void VectorColumns(const uint8_t* s0, const uint8_t* s1, uint8_t* y0, uint8_t* y1, ChromaRow c,
-                   int cols) {
+                   int cols, int width) {
   constexpr int kBpp = Layout::kBpp;
   const int pixels = 2 * cols;
+  // Overlapping loads while the first byte of pixel x + 17 still lies in the row.
   int x = 0;
-  if (c.stride == 2) {
-    for (; x + 16 <= pixels; x += 16) {
-      Step16<Set, Layout, true, kAligned>(s0 + kBpp * x, s1 + kBpp * x, y0 + x, y1 + x, c.cb + x,
-                                          nullptr);
-    }
-  } else {
-    for (; x + 16 <= pixels; x += 16) {
-      Step16<Set, Layout, false, kAligned>(s0 + kBpp * x, s1 + kBpp * x, y0 + x, y1 + x,
-                                           c.cb + x / 2, c.cr + x / 2);
-    }
+  if constexpr (kBpp == 3) {
+    x = Steps16<Set, Layout, kAligned, true>(s0, s1, y0, y1, c, x, std::min(pixels, width - 2));
   }
+  x = Steps16<Set, Layout, kAligned, false>(s0, s1, y0, y1, c, x, pixels);
   const int rest = pixels - x;
   if (rest == 0) return;
   alignas(16) uint8_t in[2][64] = {};
   alignas(16) uint8_t out[4][16] = {};
   std::memcpy(in[0], s0 + kBpp * x, static_cast<std::size_t>(kBpp * rest));
   std::memcpy(in[1], s1 + kBpp * x, static_cast<std::size_t>(kBpp * rest));
-  Step16<Set, Layout, false, false>(in[0], in[1], out[0], out[1], out[2], out[3]);
+  Step16<Set, Layout, false, false, false>(in[0], in[1], out[0], out[1], out[2], out[3]);
   std::memcpy(y0 + x, out[0], static_cast<std::size_t>(rest));
   std::memcpy(y1 + x, out[1], static_cast<std::size_t>(rest));
   for (int i = 0; i < rest / 2; ++i) {
@@ -576,7 +646,8 @@ void RowPair(const Samples<const uint8_t>& s0, const Samples<const uint8_t>& s1,
   const int body = Set::BodyPixels(width & ~1) >> 1;
   if constexpr (!std::is_same_v<Layout, PlanarLayout>) {
 #if KRO_SIMD
-    VectorColumns<Set, Layout, kAligned>(Layout::Base(s0), Layout::Base(s1), y0, y1, c, body);
+    VectorColumns<Set, Layout, kAligned>(Layout::Base(s0), Layout::Base(s1), y0, y1, c, body,
+                                         width);
 #else
     ScalarColumns<Set, true>(s0, s1, y0, y1, c, 0, body);
 #endif
