@@ -288,15 +288,16 @@ void StripRunAlpha(const float* src, float* dst, int width, const Range range) {
 // vMin exactly 0 the first pass is a copy (nothing to do in place) and the last one does nothing.
 template <class Form>
 void ThreePassRun(const float* src, float* dst, int n, const Range& r) {
-  const bool zeroMin = r.vMin == 0.0f;
+  const float vMin = r.vMin;  // a local: the stores below cannot alias it
+  const bool zeroMin = vMin == 0.0f;
   if (!zeroMin) {
-    for (int i = 0; i < n; ++i) dst[i] = src[i] - r.vMin;
+    for (int i = 0; i < n; ++i) dst[i] = src[i] - vMin;
   } else if (src != dst) {
     std::copy(src, src + n, dst);
   }
   StripRun<Form>(dst, dst, n, r);
   if (!zeroMin) {
-    for (int i = 0; i < n; ++i) dst[i] = dst[i] + r.vMin;
+    for (int i = 0; i < n; ++i) dst[i] = dst[i] + vMin;
   }
 }
 

@@ -103,7 +103,7 @@ void PowRowSse2(const float* src, const PowCurve& curve, float* dst, int count) 
       const __m128i v = _mm_sub_epi32(_mm_and_si128(low, _mm_set1_epi32(kTailBits)),
                                       _mm_set1_epi32(kMidpoint - kNear));
       const __m128i near = _mm_cmpeq_epi32(_mm_srli_epi32(v, 17), _mm_setzero_si128());
-      redo |= _mm_movemask_ps(_mm_castsi128_ps(_mm_and_si128(near, ordinary)));
+      redo |= _mm_movemask_ps(_mm_castsi128_ps(near));  // other lanes are redone anyway
     }
     if (redo != 0) {  // rare: keep the inputs, which an in-place call is about to overwrite
       float xs[4], rs[4];
