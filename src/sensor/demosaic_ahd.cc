@@ -202,16 +202,14 @@ inline Ycc ToYcc(const uint8_t* r, const uint8_t* g, const uint8_t* b, int c) {
                                   _mm_add_epi16(_mm_slli_epi16(G, 7), G)),
                     k128),
       8);
-  o.cb = _mm_srai_epi16(
-      _mm_add_epi16(_mm_sub_epi16(_mm_maddubs_epi16(rb, _mm_set1_epi16(kWeights(-38, 112))),
-                                  _mm_mullo_epi16(G, _mm_set1_epi16(74))),
-                    k128),
-      8);
-  o.cr = _mm_srai_epi16(
-      _mm_add_epi16(_mm_sub_epi16(_mm_maddubs_epi16(rb, _mm_set1_epi16(kWeights(112, -18))),
-                                  _mm_mullo_epi16(G, _mm_set1_epi16(94))),
-                    k128),
-      8);
+  // (v + 128) >> 8 of a signed sum in one rounding high multiply by 128: (128 v + 2^14) >> 15
+  const __m128i k128w = _mm_set1_epi16(128);
+  o.cb = _mm_mulhrs_epi16(_mm_sub_epi16(_mm_maddubs_epi16(rb, _mm_set1_epi16(kWeights(-38, 112))),
+                                        _mm_mullo_epi16(G, _mm_set1_epi16(74))),
+                          k128w);
+  o.cr = _mm_mulhrs_epi16(_mm_sub_epi16(_mm_maddubs_epi16(rb, _mm_set1_epi16(kWeights(112, -18))),
+                                        _mm_mullo_epi16(G, _mm_set1_epi16(94))),
+                          k128w);
   return o;
 }
 // Luma distance and squared chroma distance in 16-bit lanes. Chroma of 8-bit samples lies in
