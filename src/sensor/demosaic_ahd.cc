@@ -39,6 +39,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 
 #include "frame/checks.h"
@@ -132,15 +133,15 @@ inline int32_t DiffC(const Ycc& a, const Ycc& b) {
 
 // The ring rows of the scratch.
 enum : int {
-  kGreenV = 0,   // rows 0, 2, 4, 6, 8 (ring of 5); green of the horizontal result one row on
+  kGreen = 0,    // rows 2i: green of the vertical result, 2i + 1: horizontal (ring of 5)
   kColour = 10,  // rows 10 + 5j: red V, red H, blue V, blue H, votes (ring of 4)
 };
 
 #if KRO_SIMD
 // Vector forms of the row steps for 8-bit samples, eight columns a turn in 16-bit lanes. Every
-// intermediate fits its lane exactly (sums of two products stay within +-28560, luma within
-// 56228 unsigned, squared chroma distances within 100352 and so exact in single precision), so
-// these give the same values as the scalar steps.
+// intermediate fits its lane exactly (sums of two products stay within +-28560, luma sums within
+// 56228 unsigned, squared chroma distances below 58000 unsigned), so these give the same values
+// as the scalar steps.
 namespace vec {
 
 inline __m128i Load8(const uint8_t* p) {
@@ -301,16 +302,16 @@ class StripRun {
       const int q = ys - 3 + t;
       MakeGreenAndRaw(q, t, true);
       if (t >= 2) FillColours(q - 1, t - 1, false);
-      if (t >= 4) Vote(q - 2, t - 2);
+      if (t >= 4) Vote(t - 2);
       if (t >= 6) Finish(q - 3, t - 3);
     }
   }
 
-  // The interior (always of even height), two rows a turn: the turn for rows a, a + 1 makes green
-  // of rows a + 2, a + 3 and the colours of rows a + 1, a + 2, votes rows a and a + 1 together (the
-  // rows between them serve both) and finishes rows a - 1 and a. The colour ring then holds rows a
-  // - 1 to a + 2, all of it, so the raw samples of the rows around a colour row are read from the
-  // image, which the interior reads directly anyway.
+  // The interior (always of even height), two rows a turn. The turn for rows a and a + 1
+  // makes green of rows a + 2 and a + 3 and the colours of rows a + 1 and a + 2, votes rows a
+  // and a + 1 together (the rows between them serve both) and finishes rows a - 1 and a. The
+  // colour ring then holds rows a - 1 to a + 2, all of it, so the raw samples around a colour
+  // row are read from the image, which the interior reads directly anyway.
   void RunPairs(int ys, int ye) {
     const int t0 = 3 - ys;  // ring position of row r is r + t0
     for (int r = ys - 3; r <= ys; ++r) MakeGreenAndRaw(r, r + t0, false);
@@ -341,7 +342,7 @@ class StripRun {
   // Votes of ring position t through the vector body (where built) or the scalar steps alone.
   void VoteForTest(int t, bool vector) {
     if (vector) {
-      Vote(0, t);
+      Vote(t);
     } else {
       VoteColumns(t, VoteRow(t), 2, n_ - 2);
     }
@@ -349,7 +350,7 @@ class StripRun {
 
  private:
   uint8_t* Row(int k) const { return j_.tmp + k * j_.tmpStep; }
-  uint8_t* GreenRow(int t, int h) const { return Row(2 * (t % 5) + h); }  // h: 0 V, 1 H
+  uint8_t* GreenRow(int t, int h) const { return Row(kGreen + 2 * (t % 5) + h); }  // h: 0 V, 1 H
   // colour: 0 red, 1 blue; h: 0 V, 1 H
   uint8_t* ColourRow(int t, int colour, int h) const {
     return Row(kColour + 5 * (t % 4) + 2 * colour + h);
@@ -617,7 +618,7 @@ class StripRun {
   }
 
   // Votes of row v (ring position t) for columns xs - 1 .. xe.
-  void Vote(int /*v*/, int t) {
+  void Vote(int t) {
     int8_t* out = VoteRow(t);
     int c = 2;
 #if KRO_SIMD
