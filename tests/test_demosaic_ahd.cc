@@ -459,6 +459,23 @@ TEST(DemosaicAHD16u, DestinationStepRoundsTowardsZero) {
   }
 }
 
+// A negative source step walks the image upward: rows stored bottom-up give the same result.
+TEST(DemosaicAHD8u, NegativeSourceStep) {
+  const int wd = 37, ht = 23;
+  std::mt19937 rng(17);
+  const std::vector<int> img = RandomImage(rng, wd, ht, 0, 255);
+  const Model model(img, wd, ht, 3, 255);
+  const KroRect rect = {2, 1, 30, 20};
+  std::vector<Kro8u> src(wd * ht), dst(30 * 20 * 3);
+  for (int y = 0; y < ht; ++y)
+    for (int x = 0; x < wd; ++x) src[(ht - 1 - y) * wd + x] = static_cast<Kro8u>(img[y * wd + x]);
+  std::vector<Kro8u> tmp(30 * 36);
+  ASSERT_EQ(kroiDemosaicAHD_8u_C1C3R(src.data() + (ht - 1) * wd, rect, {wd, ht}, -wd, dst.data(),
+                                     30 * 3, 3, tmp.data(), 36),
+            kroStatusOk);
+  EXPECT_EQ(std::vector<int>(dst.begin(), dst.end()), model.Run(rect));
+}
+
 // ---- Guard pages ----------------------------------------------------------------------------
 
 // Source, destination and scratch each end at (or start right after) an inaccessible page; the
