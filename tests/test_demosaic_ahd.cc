@@ -373,18 +373,26 @@ TYPED_TEST(DemosaicAHD, LargeChromaStepsMatchModel) {
   EXPECT_EQ(large > 0, sizeof(T) == 2);
 }
 
-// The 8-bit vote body against the scalar steps on scratch rows of arbitrary colours: corner
-// colours of the cube give the largest squared chroma distances (past 32767).
-TEST(DemosaicAHD8u, VoteBodyMatchesScalarSteps) {
+// The vote bodies against the scalar steps on scratch rows of arbitrary colours: corner colours
+// of the cube give the largest squared chroma distances (past 32767 in 8-bit data, wrapping
+// past 2^31 in 16-bit data).
+TYPED_TEST(DemosaicAHD, VoteBodyMatchesScalarSteps) {
+  using T = TypeParam;
   std::mt19937 rng(21);
   for (int n = 5; n <= 140; ++n) {
-    const int step = n + n % 3;
+    const int step = (n + n % 3) * static_cast<int>(sizeof(T));
     std::vector<uint8_t> a(30 * step), b;
-    for (auto& v : a) v = rng() % 3 == 0 ? static_cast<uint8_t>(rng()) : (rng() & 1) * 255;
+    for (size_t i = 0; i < a.size(); i += sizeof(T)) {
+      const int v = rng() % 3 == 0 ? static_cast<int>(rng() % (Depth<T>::kMax + 1))
+                                   : (rng() & 1) * Depth<T>::kMax;
+      const T sample = static_cast<T>(v);
+      std::memcpy(&a[i], &sample, sizeof(T));
+    }
     b = a;
     const int t = 1 + n % 4;
-    ahd::VoteRow8u(a.data(), step, n, t, true);
-    ahd::VoteRow8u(b.data(), step, n, t, false);
+    auto vote = sizeof(T) == 1 ? ahd::VoteRow8u : ahd::VoteRow16u;
+    vote(a.data(), step, n, t, true);
+    vote(b.data(), step, n, t, false);
     // Equal everywhere but the vote row's last two entries, past the last vote, which the
     // body may overwrite.
     const int votes = (14 + 5 * (t % 4)) * step;
