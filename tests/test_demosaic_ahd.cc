@@ -373,18 +373,26 @@ TYPED_TEST(DemosaicAHD, LargeChromaStepsMatchModel) {
   EXPECT_EQ(large > 0, sizeof(T) == 2);
 }
 
-// The 8-bit vote body against the scalar steps on scratch rows of arbitrary colours: corner
-// colours of the cube give the largest squared chroma distances (past 32767).
-TEST(DemosaicAHD8u, VoteBodyMatchesScalarSteps) {
+// The vote bodies against the scalar steps on scratch rows of arbitrary colours: corner colours
+// of the cube give the largest squared chroma distances (past 32767 in 8-bit data, wrapping
+// past 2^31 in 16-bit data).
+TYPED_TEST(DemosaicAHD, VoteBodyMatchesScalarSteps) {
+  using T = TypeParam;
   std::mt19937 rng(21);
   for (int n = 5; n <= 140; ++n) {
-    const int step = n + n % 3;
+    const int step = (n + n % 3) * static_cast<int>(sizeof(T));
     std::vector<uint8_t> a(30 * step), b;
-    for (auto& v : a) v = rng() % 3 == 0 ? static_cast<uint8_t>(rng()) : (rng() & 1) * 255;
+    for (size_t i = 0; i < a.size(); i += sizeof(T)) {
+      const int v = rng() % 3 == 0 ? static_cast<int>(rng() % (Depth<T>::kMax + 1))
+                                   : (rng() & 1) * Depth<T>::kMax;
+      const T sample = static_cast<T>(v);
+      std::memcpy(&a[i], &sample, sizeof(T));
+    }
     b = a;
     const int t = 1 + n % 4;
-    ahd::VoteRow8u(a.data(), step, n, t, true);
-    ahd::VoteRow8u(b.data(), step, n, t, false);
+    auto vote = sizeof(T) == 1 ? ahd::VoteRow8u : ahd::VoteRow16u;
+    vote(a.data(), step, n, t, true);
+    vote(b.data(), step, n, t, false);
     // Equal everywhere but the vote row's last two entries, past the last vote, which the
     // body may overwrite.
     const int votes = (14 + 5 * (t % 4)) * step;
@@ -439,23 +447,32 @@ TYPED_TEST(DemosaicAHD, ChecksInOrderNothingWritten) {
   EXPECT_TRUE(dst.Unchanged());
 }
 
-// 16u: the destination step is halved rounding towards zero (a negative odd step included).
-TEST(DemosaicAHD16u, DestinationStepRoundsTowardsZero) {
-  const int wd = 8, ht = 8;
-  std::mt19937 rng(5);
-  const std::vector<int> img = RandomImage(rng, wd, ht, 0, 65535);
-  const Model model(img, wd, ht, 2, 65535);
-  const KroRect rect = {1, 2, 3, 2};
-  const std::vector<int> want = model.Run(rect);
-  std::vector<Kro16u> src(img.begin(), img.end()), dst(64, 0);
-  std::vector<Kro8u> tmp(30 * 24);
-  // -19 bytes is -9 elements: row 1 starts 9 samples before row 0.
-  ASSERT_EQ(kroiDemosaicAHD_16u_C1C3R(src.data(), rect, {wd, ht}, wd * 2, dst.data() + 40, -19, 2,
+// Steps as given: a negative source step walks the image upward (rows stored bottom-up give
+// the same result), and the 16u destination step is halved rounding towards zero (-19 bytes is
+// -9 samples: row 1 starts 9 samples before row 0).
+TEST(DemosaicAHD, SignedSteps) {
+  const int wd = 37, ht = 23;
+  std::mt19937 rng(17);
+  const std::vector<int> img = RandomImage(rng, wd, ht, 0, 255);
+  std::vector<Kro8u> bottomUp(wd * ht), dst(30 * 20 * 3), tmp(30 * 36);
+  for (int y = 0; y < ht; ++y)
+    for (int x = 0; x < wd; ++x)
+      bottomUp[(ht - 1 - y) * wd + x] = static_cast<Kro8u>(img[y * wd + x]);
+  const KroRect rect = {2, 1, 30, 20};
+  ASSERT_EQ(kroiDemosaicAHD_8u_C1C3R(bottomUp.data() + (ht - 1) * wd, rect, {wd, ht}, -wd,
+                                     dst.data(), 30 * 3, 3, tmp.data(), 36),
+            kroStatusOk);
+  EXPECT_EQ(std::vector<int>(dst.begin(), dst.end()), Model(img, wd, ht, 3, 255).Run(rect));
+
+  const KroRect small = {1, 2, 3, 2};
+  const std::vector<int> want = Model(img, wd, ht, 2, 65535).Run(small);
+  std::vector<Kro16u> src(img.begin(), img.end()), out(64, 0);
+  ASSERT_EQ(kroiDemosaicAHD_16u_C1C3R(src.data(), small, {wd, ht}, wd * 2, out.data() + 40, -19, 2,
                                       tmp.data(), 24),
             kroStatusOk);
   for (int k = 0; k < 9; ++k) {
-    EXPECT_EQ(dst[40 + k], want[k]) << k;
-    EXPECT_EQ(dst[31 + k], want[9 + k]) << k;
+    EXPECT_EQ(out[40 + k], want[k]) << k;
+    EXPECT_EQ(out[31 + k], want[9 + k]) << k;
   }
 }
 

@@ -25,9 +25,10 @@
 // samples of a colour's rows in its ring rows; the interior goes two rows a turn, which needs
 // the whole colour ring for finished rows, and reads the raw samples from the image instead.
 //
-// 8-bit data runs vector bodies (eight or sixteen columns a turn) for every step, each giving
-// the values of the scalar steps, which finish each row and are the portable build's path. The
-// order of work has no effect on the result other than through the tie memory's start.
+// 8-bit data runs vector bodies (eight or sixteen columns a turn) for every step, 16-bit data
+// for the votes; each gives the values of the scalar steps, which finish each row and are the
+// portable build's path. The order of work has no effect on the result other than through the
+// tie memory's start.
 //
 // Small regions: the strip table can give a strip that starts above or left of the region, or
 // reaches past it. Such a strip keeps its first column (where its tie memory starts) but only
@@ -39,7 +40,9 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
+#include <type_traits>
 
 #include "frame/checks.h"
 #include "frame/entry.h"
@@ -132,15 +135,15 @@ inline int32_t DiffC(const Ycc& a, const Ycc& b) {
 
 // The ring rows of the scratch.
 enum : int {
-  kGreenV = 0,   // rows 0, 2, 4, 6, 8 (ring of 5); green of the horizontal result one row on
+  kGreen = 0,    // rows 2i: green of the vertical result, 2i + 1: horizontal (ring of 5)
   kColour = 10,  // rows 10 + 5j: red V, red H, blue V, blue H, votes (ring of 4)
 };
 
 #if KRO_SIMD
 // Vector forms of the row steps for 8-bit samples, eight columns a turn in 16-bit lanes. Every
-// intermediate fits its lane exactly (sums of two products stay within +-28560, luma within
-// 56228 unsigned, squared chroma distances within 100352 and so exact in single precision), so
-// these give the same values as the scalar steps.
+// intermediate fits its lane exactly (sums of two products stay within +-28560, luma sums within
+// 56228 unsigned, squared chroma distances below 58000 unsigned), so these give the same values
+// as the scalar steps.
 namespace vec {
 
 inline __m128i Load8(const uint8_t* p) {
@@ -202,16 +205,14 @@ inline Ycc ToYcc(const uint8_t* r, const uint8_t* g, const uint8_t* b, int c) {
                                   _mm_add_epi16(_mm_slli_epi16(G, 7), G)),
                     k128),
       8);
-  o.cb = _mm_srai_epi16(
-      _mm_add_epi16(_mm_sub_epi16(_mm_maddubs_epi16(rb, _mm_set1_epi16(kWeights(-38, 112))),
-                                  _mm_mullo_epi16(G, _mm_set1_epi16(74))),
-                    k128),
-      8);
-  o.cr = _mm_srai_epi16(
-      _mm_add_epi16(_mm_sub_epi16(_mm_maddubs_epi16(rb, _mm_set1_epi16(kWeights(112, -18))),
-                                  _mm_mullo_epi16(G, _mm_set1_epi16(94))),
-                    k128),
-      8);
+  // (v + 128) >> 8 of a signed sum in one rounding high multiply by 128: (128 v + 2^14) >> 15
+  const __m128i k128w = _mm_set1_epi16(128);
+  o.cb = _mm_mulhrs_epi16(_mm_sub_epi16(_mm_maddubs_epi16(rb, _mm_set1_epi16(kWeights(-38, 112))),
+                                        _mm_mullo_epi16(G, _mm_set1_epi16(74))),
+                          k128w);
+  o.cr = _mm_mulhrs_epi16(_mm_sub_epi16(_mm_maddubs_epi16(rb, _mm_set1_epi16(kWeights(112, -18))),
+                                        _mm_mullo_epi16(G, _mm_set1_epi16(94))),
+                          k128w);
   return o;
 }
 // Luma distance and squared chroma distance in 16-bit lanes. Chroma of 8-bit samples lies in
@@ -235,6 +236,110 @@ inline Dist ShiftIn(const Dist& d, const Dist& before) {
 inline __m128i Fails(const Dist& d, __m128i eY, __m128i eC) {
   return _mm_or_si128(_mm_cmpgt_epi16(d.y, eY), _mm_cmpgt_epi16(d.c, eC));
 }
+
+// Votes of eight columns, from each result's (V, H) distances to the left, right, up and down
+// neighbours: the thresholds, and fails V - fails H (masks are -1 where a neighbour fails, so
+// this is count H - count V).
+template <class Dist, class Thresholds>
+inline void StoreVotes(const Dist (&d)[2][4], int8_t* out, Thresholds thresholds) {
+  const auto e = thresholds(d);
+  __m128i vote = _mm_setzero_si128();
+  for (int k = 0; k < 4; ++k) {
+    vote = _mm_add_epi16(vote, e.Fails(d[1][k]));
+    vote = _mm_sub_epi16(vote, e.Fails(d[0][k]));
+  }
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(out), _mm_packs_epi16(vote, vote));
+}
+
+// The vote steps of 8-bit samples.
+struct Votes8 {
+  using Dist = vec::Dist;
+  static Ycc Luma(const uint8_t* r, const uint8_t* g, const uint8_t* b, int c) {
+    return ToYcc(r, g, b, c);
+  }
+  static Dist Distance(const Ycc& m, const Ycc& n) { return vec::Distance(m, n); }
+  static Dist ShiftIn(const Dist& d, const Dist& before) { return vec::ShiftIn(d, before); }
+  struct Limits {
+    __m128i eY, eC;
+    __m128i Fails(const Dist& d) const { return vec::Fails(d, eY, eC); }
+  };
+  static void Store(const Dist (&d)[2][4], int8_t* out) {
+    StoreVotes(d, out, [](const Dist(&d)[2][4]) {
+      return Limits{
+          _mm_min_epi16(_mm_max_epi16(d[1][0].y, d[1][1].y), _mm_max_epi16(d[0][2].y, d[0][3].y)),
+          _mm_min_epi16(_mm_max_epi16(d[0][2].c, d[0][3].c), _mm_max_epi16(d[1][0].c, d[1][1].c))};
+    });
+  }
+};
+
+// The vote steps of 16-bit samples. Samples are offset by -32768 into signed lanes, so that
+// multiply-adds of pairs give the weighted sums in 32 bits (the offsets' share is a constant);
+// luma is kept offset by -32768 (it reaches 56228), chroma lies within +-28672. Distances: the
+// absolute difference of two lanes as max - min, exact as an unsigned 16-bit value; the luma
+// distance offset again for signed comparisons; squared chroma distances as full 32-bit products
+// of those unsigned halves, summed with wrap-around and compared as signed, as the scalar steps do.
+struct Votes16 {
+  struct Dist {
+    __m128i y, lo, hi;  // offset luma distance; squared chroma distance of lanes 0-3, 4-7
+  };
+  static Ycc Luma(const uint8_t* r, const uint8_t* g, const uint8_t* b, int c) {
+    const __m128i bias = _mm_set1_epi16(-32768), one = _mm_set1_epi16(1);
+    auto load = [&](const uint8_t* p) {
+      return _mm_xor_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 2 * c)), bias);
+    };
+    const __m128i R = load(r), G = load(g), B = load(b);
+    const __m128i rgLo = _mm_unpacklo_epi16(R, G), rgHi = _mm_unpackhi_epi16(R, G);
+    const __m128i bLo = _mm_unpacklo_epi16(B, one), bHi = _mm_unpackhi_epi16(B, one);
+    // (wr R + wg G + wb B + 128 + k) >> 8 from the offset samples; k makes up the offsets
+    auto part = [&](int wr, int wg, int wb, int k) {
+      auto pair = [](int low, int high) {
+        return _mm_set1_epi32(static_cast<int>((static_cast<uint32_t>(low) & 0xFFFF) |
+                                               (static_cast<uint32_t>(high) << 16)));
+      };
+      const __m128i wRG = pair(wr, wg), wB = pair(wb, 128);
+      const __m128i kk = _mm_set1_epi32(k);
+      const __m128i lo = _mm_add_epi32(_mm_madd_epi16(rgLo, wRG), _mm_madd_epi16(bLo, wB));
+      const __m128i hi = _mm_add_epi32(_mm_madd_epi16(rgHi, wRG), _mm_madd_epi16(bHi, wB));
+      return _mm_packs_epi32(_mm_srai_epi32(_mm_add_epi32(lo, kk), 8),
+                             _mm_srai_epi32(_mm_add_epi32(hi, kk), 8));
+    };
+    // luma: the offsets add 220 * 32768, and -32768 * 256 keeps the result offset
+    return {part(66, 129, 25, 220 * 32768 - 32768 * 256), part(-38, -74, 112, 0),
+            part(112, -94, -18, 0)};
+  }
+  static __m128i Absolute(__m128i a, __m128i b) {
+    return _mm_sub_epi16(_mm_max_epi16(a, b), _mm_min_epi16(a, b));
+  }
+  static Dist Distance(const Ycc& m, const Ycc& n) {
+    const __m128i dcb = Absolute(m.cb, n.cb), dcr = Absolute(m.cr, n.cr);
+    const __m128i cbLow = _mm_mullo_epi16(dcb, dcb), cbHigh = _mm_mulhi_epu16(dcb, dcb);
+    const __m128i crLow = _mm_mullo_epi16(dcr, dcr), crHigh = _mm_mulhi_epu16(dcr, dcr);
+    return {_mm_xor_si128(Absolute(m.y, n.y), _mm_set1_epi16(-32768)),
+            _mm_add_epi32(_mm_unpacklo_epi16(cbLow, cbHigh), _mm_unpacklo_epi16(crLow, crHigh)),
+            _mm_add_epi32(_mm_unpackhi_epi16(cbLow, cbHigh), _mm_unpackhi_epi16(crLow, crHigh))};
+  }
+  static Dist ShiftIn(const Dist& d, const Dist& before) {
+    return {_mm_alignr_epi8(d.y, before.y, 14), _mm_alignr_epi8(d.lo, before.hi, 12),
+            _mm_alignr_epi8(d.hi, d.lo, 12)};
+  }
+  static __m128i Max32(__m128i a, __m128i b) { return Blend(_mm_cmpgt_epi32(a, b), a, b); }
+  static __m128i Min32(__m128i a, __m128i b) { return Blend(_mm_cmpgt_epi32(a, b), b, a); }
+  struct Limits {
+    __m128i eY, eLo, eHi;
+    __m128i Fails(const Dist& d) const {
+      return _mm_or_si128(_mm_cmpgt_epi16(d.y, eY),
+                          _mm_packs_epi32(_mm_cmpgt_epi32(d.lo, eLo), _mm_cmpgt_epi32(d.hi, eHi)));
+    }
+  };
+  static void Store(const Dist (&d)[2][4], int8_t* out) {
+    StoreVotes(d, out, [](const Dist(&d)[2][4]) {
+      return Limits{
+          _mm_min_epi16(_mm_max_epi16(d[1][0].y, d[1][1].y), _mm_max_epi16(d[0][2].y, d[0][3].y)),
+          Min32(Max32(d[0][2].lo, d[0][3].lo), Max32(d[1][0].lo, d[1][1].lo)),
+          Min32(Max32(d[0][2].hi, d[0][3].hi), Max32(d[1][0].hi, d[1][1].hi))};
+    });
+  }
+};
 
 // Sixteen pixels of three planes stored as 48 interleaved bytes R, G, B.
 struct InterleaveMasks {
@@ -289,6 +394,8 @@ class StripRun {
   // 8-bit data runs eight or sixteen columns a turn, the scalar loops finish each row (and do
   // the columns of a border strip whose reads need the mirror).
   static constexpr bool kVector = KRO_SIMD && sizeof(T) == 1;
+  // The votes have vector bodies for both depths.
+  static constexpr bool kVectorVotes = KRO_SIMD;
 
   StripRun(const Job<T>& job, int xs, int xe) : j_(job), xs_(xs), n_(xe - xs + 6) {}
 
@@ -303,16 +410,16 @@ class StripRun {
       const int q = ys - 3 + t;
       MakeGreenAndRaw(q, t, true);
       if (t >= 2) FillColours(q - 1, t - 1, false);
-      if (t >= 4) Vote(q - 2, t - 2);
+      if (t >= 4) Vote(t - 2);
       if (t >= 6) Finish(q - 3, t - 3);
     }
   }
 
-  // The interior (always of even height), two rows a turn: the turn for rows a, a + 1 makes green
-  // of rows a + 2, a + 3 and the colours of rows a + 1, a + 2, votes rows a and a + 1 together (the
-  // rows between them serve both) and finishes rows a - 1 and a. The colour ring then holds rows a
-  // - 1 to a + 2, all of it, so the raw samples of the rows around a colour row are read from the
-  // image, which the interior reads directly anyway.
+  // The interior (always of even height), two rows a turn. The turn for rows a and a + 1
+  // makes green of rows a + 2 and a + 3 and the colours of rows a + 1 and a + 2, votes rows a
+  // and a + 1 together (the rows between them serve both) and finishes rows a - 1 and a. The
+  // colour ring then holds rows a - 1 to a + 2, all of it, so the raw samples around a colour
+  // row are read from the image, which the interior reads directly anyway.
   void RunPairs(int ys, int ye) {
     const int t0 = 3 - ys;  // ring position of row r is r + t0
     for (int r = ys - 3; r <= ys; ++r) MakeGreenAndRaw(r, r + t0, false);
@@ -334,7 +441,7 @@ class StripRun {
     int8_t* const out[2] = {VoteRow(t), VoteRow(t + 1)};
     int c = 2;
 #if KRO_SIMD
-    if constexpr (kVector) c = VoteVector<2>(t, out);
+    if constexpr (kVectorVotes) c = VoteVector<2>(t, out);
 #endif
     VoteColumns(t, out[0], c, n_ - 2);
     VoteColumns(t + 1, out[1], c, n_ - 2);
@@ -343,7 +450,7 @@ class StripRun {
   // Votes of ring position t through the vector body (where built) or the scalar steps alone.
   void VoteForTest(int t, bool vector) {
     if (vector) {
-      Vote(0, t);
+      Vote(t);
     } else {
       VoteColumns(t, VoteRow(t), 2, n_ - 2);
     }
@@ -351,7 +458,7 @@ class StripRun {
 
  private:
   uint8_t* Row(int k) const { return j_.tmp + k * j_.tmpStep; }
-  uint8_t* GreenRow(int t, int h) const { return Row(2 * (t % 5) + h); }  // h: 0 V, 1 H
+  uint8_t* GreenRow(int t, int h) const { return Row(kGreen + 2 * (t % 5) + h); }  // h: 0 V, 1 H
   // colour: 0 red, 1 blue; h: 0 V, 1 H
   uint8_t* ColourRow(int t, int colour, int h) const {
     return Row(kColour + 5 * (t % 4) + 2 * colour + h);
@@ -546,22 +653,6 @@ class StripRun {
     return c;
   }
 
-  // Votes of eight columns from the distances of both results (left, right, up, down).
-  void StoreVotes(const vec::Dist (&d)[2][4], int8_t* out, int c) const {
-    using namespace vec;
-    const __m128i eY =
-        _mm_min_epi16(_mm_max_epi16(d[1][0].y, d[1][1].y), _mm_max_epi16(d[0][2].y, d[0][3].y));
-    const __m128i eC =
-        _mm_min_epi16(_mm_max_epi16(d[0][2].c, d[0][3].c), _mm_max_epi16(d[1][0].c, d[1][1].c));
-    // masks are -1 where a neighbour fails: vote = count H - count V = fails V - fails H
-    __m128i vote = _mm_setzero_si128();
-    for (int k = 0; k < 4; ++k) {
-      vote = _mm_add_epi16(vote, Fails(d[1][k], eY, eC));
-      vote = _mm_sub_epi16(vote, Fails(d[0][k], eY, eC));
-    }
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(out + c), _mm_packs_epi16(vote, vote));
-  }
-
   // Vector votes of kRows rows (one, or two in the interior) from ring position t on; returns
   // the first column left over. Each middle row's luma-chroma is computed once: the right
   // neighbours come from the block after, shifted in by one column, and since a distance is
@@ -571,7 +662,8 @@ class StripRun {
   // entries, which nothing reads.
   template <int kRows>
   int VoteVector(int t, int8_t* const (&out)[kRows]) const {
-    using namespace vec;
+    using V = std::conditional_t<sizeof(T) == 1, vec::Votes8, vec::Votes16>;
+    using Dist = typename V::Dist;
     const uint8_t* rgb[kRows + 2][2][3];  // row (t - 1 .. t + kRows), result (V, H), channel
     for (int r = 0; r < kRows + 2; ++r)
       for (int h = 0; h < 2; ++h) {
@@ -580,7 +672,7 @@ class StripRun {
         rgb[r][h][2] = ColourRow(t - 1 + r, 1, h);
       }
     auto at = [&](int r, int h, int c) {
-      return ToYcc(rgb[r][h][0], rgb[r][h][1], rgb[r][h][2], c);
+      return V::Luma(rgb[r][h][0], rgb[r][h][1], rgb[r][h][2], c);
     };
     int c = 2;
     if (c + 9 > n_) return c;
@@ -592,22 +684,22 @@ class StripRun {
       Dist d[kRows][2][4];  // row; result (V, H); left, right, up, down
       const bool haveNext = c + 16 <= n_;
       for (int h = 0; h < 2; ++h) {
-        d[0][h][2] = Distance(mid[h][0], at(0, h, c));
+        d[0][h][2] = V::Distance(mid[h][0], at(0, h, c));
         for (int r = 0; r + 1 < kRows; ++r) {
-          d[r][h][3] = d[r + 1][h][2] = Distance(mid[h][r], mid[h][r + 1]);
+          d[r][h][3] = d[r + 1][h][2] = V::Distance(mid[h][r], mid[h][r + 1]);
         }
-        d[kRows - 1][h][3] = Distance(mid[h][kRows - 1], at(kRows + 1, h, c));
+        d[kRows - 1][h][3] = V::Distance(mid[h][kRows - 1], at(kRows + 1, h, c));
         for (int r = 0; r < kRows; ++r) {
           const vec::Ycc m = mid[h][r];
           const vec::Ycc next = haveNext ? at(1 + r, h, c + 8) : m;
-          d[r][h][1] = Distance(m, haveNext ? ShiftOut(next, m) : at(1 + r, h, c + 1));
-          d[r][h][0] =
-              c == 2 ? Distance(m, at(1 + r, h, c - 1)) : ShiftIn(d[r][h][1], lastRight[h][r]);
+          d[r][h][1] = V::Distance(m, haveNext ? vec::ShiftOut(next, m) : at(1 + r, h, c + 1));
+          d[r][h][0] = c == 2 ? V::Distance(m, at(1 + r, h, c - 1))
+                              : V::ShiftIn(d[r][h][1], lastRight[h][r]);
           lastRight[h][r] = d[r][h][1];
           mid[h][r] = next;
         }
       }
-      for (int r = 0; r < kRows; ++r) StoreVotes(d[r], out[r], c);
+      for (int r = 0; r < kRows; ++r) V::Store(d[r], out[r] + c);
     }
     return c;
   }
@@ -619,11 +711,11 @@ class StripRun {
   }
 
   // Votes of row v (ring position t) for columns xs - 1 .. xe.
-  void Vote(int /*v*/, int t) {
+  void Vote(int t) {
     int8_t* out = VoteRow(t);
     int c = 2;
 #if KRO_SIMD
-    if constexpr (kVector) {
+    if constexpr (kVectorVotes) {
       int8_t* const rows[1] = {out};
       c = VoteVector<1>(t, rows);
     }
@@ -725,11 +817,18 @@ class StripRun {
 
 }  // namespace
 
-void VoteRow8u(uint8_t* tmp, int tmpStep, int n, int t, bool vector) {
-  Job<uint8_t> job{};
+template <class T>
+void VoteRowOf(uint8_t* tmp, int tmpStep, int n, int t, bool vector) {
+  Job<T> job{};
   job.tmp = tmp;
   job.tmpStep = tmpStep;
-  StripRun<uint8_t, false>(job, 3, n - 3).VoteForTest(t, vector);
+  StripRun<T, false>(job, 3, n - 3).VoteForTest(t, vector);
+}
+void VoteRow8u(uint8_t* tmp, int tmpStep, int n, int t, bool vector) {
+  VoteRowOf<uint8_t>(tmp, tmpStep, n, t, vector);
+}
+void VoteRow16u(uint8_t* tmp, int tmpStep, int n, int t, bool vector) {
+  VoteRowOf<uint16_t>(tmp, tmpStep, n, t, vector);
 }
 
 namespace {

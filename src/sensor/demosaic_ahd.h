@@ -27,8 +27,9 @@ struct Plan {
 
 Plan PlanStrips(KroRect rect, KroSize size, int grid);
 
-// The votes of one row of 8-bit results held in scratch rows (n entries a row, ring position
-// t >= 1), through the vector body where the build has one, or through the scalar steps alone.
+// The votes of one row of 8-bit or 16-bit results held in scratch rows (n entries a row, ring
+// position t >= 1), through the vector body where the build has one, or the scalar steps alone.
 void VoteRow8u(uint8_t* tmp, int tmpStep, int n, int t, bool vector);
+void VoteRow16u(uint8_t* tmp, int tmpStep, int n, int t, bool vector);
 
 }  // namespace kro::ahd
