@@ -425,12 +425,15 @@ TEST(Rgb420Values, WhiteAndGrey) {
 }
 
 // 37 x 9: 36 columns and 8 rows converted, column 36 and row 8 of every plane left alone.
-TEST(Rgb420Values, OddSizeConvertsTheEvenPart) {
+// 2 x 2: one block, through the tail form in every set.
+TEST(Rgb420Values, OddSizeConvertsTheEvenPartAndTwoByTwoIsTail) {
   for (const Export& e : Exports()) {
     std::mt19937 rng(1);
-    Src s(37, 9, e.bpp, e.bgr, 0, 0, e.tight);
-    s.Random(rng);
-    RunAndCompare(e, s, 0, 0);
+    for (auto [w, h] : {std::pair{37, 9}, std::pair{2, 2}}) {
+      Src s(w, h, e.bpp, e.bgr, 0, 0, e.tight);
+      s.Random(rng);
+      RunAndCompare(e, s, 0, 0);
+    }
   }
 }
 
