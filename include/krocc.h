@@ -578,7 +578,6 @@ KROAPI kroStatus kroiDemosaicAHD_16u_C1C3R(const Kro16u* src, KroRect srcRect, K
                                            int srcStep, Kro16u* dst, int dstStep, int grid,
                                            Kro8u* tmp, int tmpStep);
 
-
 /* ==== (next families are added below, one section each) ==================================== */
 
 #ifdef __cplusplus

@@ -26,8 +26,8 @@
 // the whole colour ring for finished rows, and reads the raw samples from the image instead.
 //
 // 8-bit data runs vector bodies (eight or sixteen columns a turn) for every step, 16-bit data
-// for the votes; each gives the values of the scalar steps, which finish each row and are the
-// portable build's path. The order of work has no effect on the result other than through the
+// for green and the votes; each gives the values of the scalar steps, which finish each row and are
+// the portable build's path. The order of work has no effect on the result other than through the
 // tie memory's start.
 //
 // Small regions: the strip table can give a strip that starts above or left of the region, or
@@ -167,6 +167,44 @@ inline __m128i Green(__m128i a, __m128i b, __m128i a2, __m128i b2, __m128i c) {
                     _mm_srai_epi16(_mm_sub_epi16(_mm_add_epi16(c, c), _mm_add_epi16(a2, b2)), 2));
   return _mm_max_epi16(_mm_min_epi16(g, _mm_max_epi16(a, b)), _mm_min_epi16(a, b));
 }
+
+// Green of eight columns: 8-bit samples in 16-bit lanes.
+struct Green8 {
+  static __m128i Load(const uint8_t* p) { return Load8(p); }
+  static void Store(uint8_t* row, int c, __m128i v) { Store8(row + c, v); }
+  static __m128i Green(__m128i a, __m128i b, __m128i a2, __m128i b2, __m128i c) {
+    return vec::Green(a, b, a2, b2, c);
+  }
+};
+// Green of eight columns of 16-bit samples, as unsigned 16-bit lanes. The average is the
+// rounded-up average less the dropped half; the quarter of the second difference is formed in
+// 32 bits (it lies within -32768..32767); the sum is kept between a and b by unsigned
+// saturating steps (the average lies between them, so only the quarter's side can cross).
+struct Green16 {
+  static __m128i Load(const uint16_t* p) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+  }
+  static void Store(uint8_t* row, int c, __m128i v) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(row + 2 * c), v);
+  }
+  static __m128i MinU(__m128i a, __m128i b) { return _mm_subs_epu16(a, _mm_subs_epu16(a, b)); }
+  static __m128i MaxU(__m128i a, __m128i b) { return _mm_adds_epu16(_mm_subs_epu16(a, b), b); }
+  static __m128i Green(__m128i a, __m128i b, __m128i a2, __m128i b2, __m128i c) {
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i average =
+        _mm_sub_epi16(_mm_avg_epu16(a, b), _mm_and_si128(_mm_xor_si128(a, b), _mm_set1_epi16(1)));
+    auto quarter = [&](__m128i (*unpack)(__m128i, __m128i)) {
+      const __m128i c32 = unpack(c, zero);
+      return _mm_srai_epi32(
+          _mm_sub_epi32(_mm_add_epi32(c32, c32), _mm_add_epi32(unpack(a2, zero), unpack(b2, zero))),
+          2);
+    };
+    const __m128i q = _mm_packs_epi32(quarter(_mm_unpacklo_epi16), quarter(_mm_unpackhi_epi16));
+    const __m128i up = _mm_max_epi16(q, zero), down = _mm_subs_epi16(zero, _mm_min_epi16(q, zero));
+    const __m128i g = _mm_subs_epu16(_mm_adds_epu16(average, up), down);
+    return MinU(MaxU(g, MinU(a, b)), MaxU(a, b));
+  }
+};
 
 // A plane's sample at a column and its sums over the row's, the column's and the diagonal
 // neighbours, for eight columns from c.
@@ -394,8 +432,8 @@ class StripRun {
   // 8-bit data runs eight or sixteen columns a turn, the scalar loops finish each row (and do
   // the columns of a border strip whose reads need the mirror).
   static constexpr bool kVector = KRO_SIMD && sizeof(T) == 1;
-  // The votes have vector bodies for both depths.
-  static constexpr bool kVectorVotes = KRO_SIMD;
+  // Green and the votes have vector bodies for both depths.
+  static constexpr bool kVectorGreen = KRO_SIMD, kVectorVotes = KRO_SIMD;
 
   StripRun(const Job<T>& job, int xs, int xe) : j_(job), xs_(xs), n_(xe - xs + 6) {}
 
@@ -498,7 +536,8 @@ class StripRun {
     };
     int c = 0;
 #if KRO_SIMD
-    if constexpr (kVector) {
+    if constexpr (kVectorGreen) {
+      using G = std::conditional_t<sizeof(T) == 1, vec::Green8, vec::Green16>;
       // Blocks whose reads (columns x - 2 .. x + 9) lie in the image; a border strip does the
       // columns near the left and right edges through the mirror.
       int cMax = n_;
@@ -513,16 +552,18 @@ class StripRun {
         // other entries are filled later
         const __m128i keep = vec::ParityMask(((rowCode ^ x) & 1) != 0);
         const T* p = r0 + x;
-        const __m128i s0 = vec::Load8(p);
-        vec::Store8(gh + c, vec::Blend(keep, s0,
-                                       vec::Green(vec::Load8(p - 1), vec::Load8(p + 1),
-                                                  vec::Load8(p - 2), vec::Load8(p + 2), s0)));
-        vec::Store8(gv + c, vec::Blend(keep, s0,
-                                       vec::Green(vec::Load8(rm1 + x), vec::Load8(rp1 + x),
-                                                  vec::Load8(rm2 + x), vec::Load8(rp2 + x), s0)));
+        const __m128i s0 = G::Load(p);
+        G::Store(gh, c,
+                 vec::Blend(
+                     keep, s0,
+                     G::Green(G::Load(p - 1), G::Load(p + 1), G::Load(p - 2), G::Load(p + 2), s0)));
+        G::Store(gv, c,
+                 vec::Blend(keep, s0,
+                            G::Green(G::Load(rm1 + x), G::Load(rp1 + x), G::Load(rm2 + x),
+                                     G::Load(rp2 + x), s0)));
         if (withRaw) {
-          std::memcpy(xv + c, p, 8);
-          std::memcpy(xh + c, p, 8);
+          std::memcpy(xv + c * sizeof(T), p, 8 * sizeof(T));
+          std::memcpy(xh + c * sizeof(T), p, 8 * sizeof(T));
         }
       }
     }
