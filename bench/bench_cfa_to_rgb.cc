@@ -10,12 +10,14 @@
 namespace kro::bench {
 namespace {
 
-// fn(src, srcStep, dst, dstStep) converts one whole image of T samples.
+// fn(src, srcStep, dst, dstStep) converts one whole image of T samples: random, or flat (every
+// gradient test a tie).
 template <class T, class Fn>
-void RegisterBayer(const char* name, Fn fn) {
+void RegisterBayer(const char* name, Fn fn, bool flat = false) {
   benchmark::RegisterBenchmark(name, [=](benchmark::State& state) {
     const std::size_t pixels = std::size_t(kFullW) * kFullH;
     Buffer src(pixels * sizeof(T), 1), dst(pixels * 3 * sizeof(T), 2);
+    if (flat) std::memset(src.data(), 0x40, pixels * sizeof(T));
     const int srcStep = kFullW * int(sizeof(T)), dstStep = 3 * srcStep;
     RunConversion(state, pixels * sizeof(T), pixels * 3 * sizeof(T),
                   [&] { fn(src.as<T>(), srcStep, dst.as<T>(), dstStep); });
@@ -31,6 +33,10 @@ const bool kRegistered = [] {
   RegisterBayer<Kro16u>("kroiCFAToRGB_16u_C1C3R/1920x1080", [=](auto s, int ss, auto d, int ds) {
     kroiCFAToRGB_16u_C1C3R(s, all, size, ss, d, ds, 0, 0);
   });
+  RegisterBayer<Kro8u>(
+      "kroiCFAToRGB_8u_C1C3R/flat/1920x1080",
+      [=](auto s, int ss, auto d, int ds) { kroiCFAToRGB_8u_C1C3R(s, all, size, ss, d, ds, 0, 0); },
+      true);
 #ifdef KRO_HAVE_OPENCV
   struct Peer {
     const char* name;
@@ -48,6 +54,9 @@ const bool kRegistered = [] {
     };
     if (p.depth == CV_8U) {
       RegisterBayer<Kro8u>(p.name, run);
+      if (p.code == cv::COLOR_BayerBG2RGB) {
+        RegisterBayer<Kro8u>("opencv_BayerBG2RGB_8u/flat/1920x1080", run, true);
+      }
     } else {
       RegisterBayer<Kro16u>(p.name, run);
     }

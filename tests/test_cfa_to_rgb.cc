@@ -143,6 +143,11 @@ TYPED_TEST(CfaToRgb, WholeImagesMatchModel) {
     for (const auto& [w, h] : sizes)
       for (int grid = 0; grid < 4; ++grid)
         CheckWindow(Random<TypeParam>(w * h, rng, range), w, h, grid, KroRect{0, 0, w, h});
+  // Every width up to past four vector blocks of the interior and of the second frame's rows.
+  for (int w = 2; w <= 70; ++w)
+    for (int h : {5, 6})
+      CheckWindow(Random<TypeParam>(w * h, rng, w % 3 ? 256u : 4u), w, h, w & 3,
+                  KroRect{0, 0, w, h});
 }
 
 // Windows at odd and even origins, reaching past the image (trimmed), empty, and starting at the
@@ -158,7 +163,8 @@ TYPED_TEST(CfaToRgb, WindowsAnywhere) {
     for (const KroRect& r : rects) CheckWindow(im, w, h, grid, r);
 }
 
-// The window at x = 1 gives, pixel by pixel, the same columns as the window at x = 0.
+// The window at x = 1 gives, pixel by pixel, the same columns as the window at x = 0 (called
+// with another interpolation value, which changes nothing).
 TYPED_TEST(CfaToRgb, WindowOriginDoesNotChangePixels) {
   std::mt19937 rng(3);
   const int w = 35, h = 9;
@@ -226,12 +232,32 @@ TYPED_TEST(CfaToRgb, VectorInteriorMatchesScalarTwin) {
 }
 #endif
 
+// Negative steps walk both images upward from the pointers given: the same pixels as a
+// top-down copy.
+TYPED_TEST(CfaToRgb, NegativeSteps) {
+  using T = TypeParam;
+  std::mt19937 rng(19);
+  const int w = 45, h = 7, px = 3 * int(sizeof(T));
+  const auto im = Random<T>(w * h, rng, 1u << (8 * sizeof(T)));
+  std::vector<T> flipped(w * h), out(3 * w * h);
+  for (int y = 0; y < h; ++y) std::copy_n(&im[y * w], w, &flipped[(h - 1 - y) * w]);
+  ASSERT_EQ(Run(&flipped[(h - 1) * w], {1, 1, w, h}, {w, h}, -w * int(sizeof(T)),
+                &out[3 * (h - 2) * (w - 1)], -(w - 1) * px, 2),
+            kroStatusOk);
+  for (int y = 1; y < h; ++y)
+    for (int x = 1; x < w; ++x) {
+      const T* o = &out[3 * ((h - 1 - y) * (w - 1) + x - 1)];
+      ASSERT_EQ((std::array<uint32_t, 3>{o[0], o[1], o[2]}), Model(im, w, h, 2, x, y))
+          << x << "," << y;
+    }
+}
+
 // Source and destination each placed against an inaccessible page on either side: no read or
 // write leaves the image or the window, for widths whose last vector block ends at the border.
 TYPED_TEST(CfaToRgb, GuardPages) {
   using T = TypeParam;
   std::mt19937 rng(17);
-  for (int w : {2, 3, 5, 20, 21, 36, 37})
+  for (int w : {2, 3, 5, 18, 20, 21, 34, 36, 37})
     for (bool atStart : {false, true}) {
       const int h = 6;
       const auto im = Random<T>(w * h, rng, 1u << (8 * sizeof(T)));

@@ -321,12 +321,13 @@ TYPED_TEST(DemosaicAHD, WindowsMatchModel) {
   std::mt19937 rng(11);
   const int maxv = Depth<T>::kMax;
   for (int round = 0; round < 300; ++round) {
-    const int wd = 5 + rng() % 30, ht = 5 + rng() % 30, grid = rng() % 4;
+    // every third image is wide enough for long vector runs in the interior
+    const int wd = 5 + rng() % (round % 3 == 2 ? 120 : 30), ht = 5 + rng() % 30, grid = rng() % 4;
     const int hi = round % 3 == 0 ? maxv : (round % 3 == 1 ? 3 : maxv / 64);
     const std::vector<int> img = RandomImage(rng, wd, ht, 0, hi);
     const Model model(img, wd, ht, grid, maxv);
     const KroRect rect = {static_cast<int>(rng() % (wd + 4)) - 3,
-                          static_cast<int>(rng() % (ht + 4)) - 3, 1 + static_cast<int>(rng() % 40),
+                          static_cast<int>(rng() % (ht + 4)) - 3, 1 + static_cast<int>(rng() % 130),
                           1 + static_cast<int>(rng() % 40)};
     if (std::max(rect.x, 0) >= wd || std::max(rect.y, 0) >= ht) continue;
     ASSERT_EQ(Call<T>(img, wd, ht, rect, grid, round % 7), model.Run(rect))
@@ -335,22 +336,68 @@ TYPED_TEST(DemosaicAHD, WindowsMatchModel) {
   }
 }
 
-// A large step anywhere in 16-bit data: squared chroma distances wrap in 32 bits.
-TEST(DemosaicAHD16u, WrappedChromaDistancesMatchModel) {
+// Interior strips of every width 1..130 (the 8-bit interior runs eight and sixteen columns a
+// turn with scalar remainders), on steps with padding and odd starts.
+TYPED_TEST(DemosaicAHD, EveryInteriorWidthMatchesModel) {
+  using T = TypeParam;
+  std::mt19937 rng(13);
+  for (int w = 1; w <= 130; ++w) {
+    const int wd = w + 10, ht = 14, grid = w % 4;
+    const std::vector<int> img = RandomImage(rng, wd, ht, 0, w % 2 ? Depth<T>::kMax : 40);
+    const Model model(img, wd, ht, grid, Depth<T>::kMax);
+    const KroRect rect = {0, 0, wd, ht};
+    ASSERT_EQ(Call<T>(img, wd, ht, rect, grid, w % 9), model.Run(rect)) << w;
+  }
+}
+
+// Full-scale steps: red beside cyan gives squared chroma distances past 2^31 in 16-bit data,
+// where they wrap (and near 32767 in 8-bit data).
+TYPED_TEST(DemosaicAHD, LargeChromaStepsMatchModel) {
+  using T = TypeParam;
+  const int maxv = Depth<T>::kMax;
   std::mt19937 rng(3);
+  int large = 0;
   for (int round = 0; round < 20; ++round) {
-    const int wd = 24, ht = 20, grid = round % 4;
+    const int wd = 40, ht = 20, grid = round % 4;
     std::vector<int> img(wd * ht);
-    // Bands of full-scale samples two columns by four rows (red beside cyan, among others),
-    // mixed with noise.
+    // Bands of full-scale samples two columns by four rows, mixed with noise.
     for (int y = 0; y < ht; ++y)
       for (int x = 0; x < wd; ++x)
-        img[y * wd + x] =
-            rng() % 4 == 0 ? rng() % 65536 : ((((y + round) >> 1) ^ x) & 1 ? 0 : 65535);
-    const Model model(img, wd, ht, grid, 65535);
-    ASSERT_GT(model.wraps(), 0);
+        img[y * wd + x] = rng() % 4 == 0 ? static_cast<int>(rng() % (maxv + 1))
+                                         : ((((y + round) >> 1) ^ x) & 1 ? 0 : maxv);
+    const Model model(img, wd, ht, grid, maxv);
+    large += model.wraps();
     const KroRect rect = {0, 0, wd, ht};
-    ASSERT_EQ(Call<Kro16u>(img, wd, ht, rect, grid), model.Run(rect)) << round;
+    ASSERT_EQ(Call<T>(img, wd, ht, rect, grid), model.Run(rect)) << round;
+  }
+  EXPECT_EQ(large > 0, sizeof(T) == 2);
+}
+
+// The vote bodies against the scalar steps on scratch rows of arbitrary colours: corner colours
+// of the cube give the largest squared chroma distances (past 32767 in 8-bit data, wrapping
+// past 2^31 in 16-bit data).
+TYPED_TEST(DemosaicAHD, VoteBodyMatchesScalarSteps) {
+  using T = TypeParam;
+  std::mt19937 rng(21);
+  for (int n = 5; n <= 140; ++n) {
+    const int step = (n + n % 3) * static_cast<int>(sizeof(T));
+    std::vector<uint8_t> a(30 * step), b;
+    for (size_t i = 0; i < a.size(); i += sizeof(T)) {
+      const int v = rng() % 3 == 0 ? static_cast<int>(rng() % (Depth<T>::kMax + 1))
+                                   : (rng() & 1) * Depth<T>::kMax;
+      const T sample = static_cast<T>(v);
+      std::memcpy(&a[i], &sample, sizeof(T));
+    }
+    b = a;
+    const int t = 1 + n % 4;
+    auto vote = sizeof(T) == 1 ? ahd::VoteRow8u : ahd::VoteRow16u;
+    vote(a.data(), step, n, t, true);
+    vote(b.data(), step, n, t, false);
+    // Equal everywhere but the vote row's last two entries, past the last vote, which the
+    // body may overwrite.
+    const int votes = (14 + 5 * (t % 4)) * step;
+    for (int i : {votes + n - 2, votes + n - 1}) a[i] = b[i] = 0;
+    ASSERT_EQ(a, b) << n;
   }
 }
 
@@ -400,23 +447,32 @@ TYPED_TEST(DemosaicAHD, ChecksInOrderNothingWritten) {
   EXPECT_TRUE(dst.Unchanged());
 }
 
-// 16u: the destination step is halved rounding towards zero (a negative odd step included).
-TEST(DemosaicAHD16u, DestinationStepRoundsTowardsZero) {
-  const int wd = 8, ht = 8;
-  std::mt19937 rng(5);
-  const std::vector<int> img = RandomImage(rng, wd, ht, 0, 65535);
-  const Model model(img, wd, ht, 2, 65535);
-  const KroRect rect = {1, 2, 3, 2};
-  const std::vector<int> want = model.Run(rect);
-  std::vector<Kro16u> src(img.begin(), img.end()), dst(64, 0);
-  std::vector<Kro8u> tmp(30 * 24);
-  // -19 bytes is -9 elements: row 1 starts 9 samples before row 0.
-  ASSERT_EQ(kroiDemosaicAHD_16u_C1C3R(src.data(), rect, {wd, ht}, wd * 2, dst.data() + 40, -19, 2,
+// Steps as given: a negative source step walks the image upward (rows stored bottom-up give
+// the same result), and the 16u destination step is halved rounding towards zero (-19 bytes is
+// -9 samples: row 1 starts 9 samples before row 0).
+TEST(DemosaicAHD, SignedSteps) {
+  const int wd = 37, ht = 23;
+  std::mt19937 rng(17);
+  const std::vector<int> img = RandomImage(rng, wd, ht, 0, 255);
+  std::vector<Kro8u> bottomUp(wd * ht), dst(30 * 20 * 3), tmp(30 * 36);
+  for (int y = 0; y < ht; ++y)
+    for (int x = 0; x < wd; ++x)
+      bottomUp[(ht - 1 - y) * wd + x] = static_cast<Kro8u>(img[y * wd + x]);
+  const KroRect rect = {2, 1, 30, 20};
+  ASSERT_EQ(kroiDemosaicAHD_8u_C1C3R(bottomUp.data() + (ht - 1) * wd, rect, {wd, ht}, -wd,
+                                     dst.data(), 30 * 3, 3, tmp.data(), 36),
+            kroStatusOk);
+  EXPECT_EQ(std::vector<int>(dst.begin(), dst.end()), Model(img, wd, ht, 3, 255).Run(rect));
+
+  const KroRect small = {1, 2, 3, 2};
+  const std::vector<int> want = Model(img, wd, ht, 2, 65535).Run(small);
+  std::vector<Kro16u> src(img.begin(), img.end()), out(64, 0);
+  ASSERT_EQ(kroiDemosaicAHD_16u_C1C3R(src.data(), small, {wd, ht}, wd * 2, out.data() + 40, -19, 2,
                                       tmp.data(), 24),
             kroStatusOk);
   for (int k = 0; k < 9; ++k) {
-    EXPECT_EQ(dst[40 + k], want[k]) << k;
-    EXPECT_EQ(dst[31 + k], want[9 + k]) << k;
+    EXPECT_EQ(out[40 + k], want[k]) << k;
+    EXPECT_EQ(out[31 + k], want[9 + k]) << k;
   }
 }
 

@@ -29,13 +29,14 @@ using color::RowOf;
 //   R = sat((yy + mulh(v, kR) + cR) >> shift)
 //   G = sat((yy + cG -/+ (mulh(u, kGu) + mulh(v, kGv))) >> shift)
 //   B = sat((yy + mulh(u, kB) + cB) >> shift)
+// except for the 32-bit set T (kYuv32), whose terms are whole 32-bit quotients (below).
 // The constants c fold each set's rounding term (and in P1/P2 its offsets) into the chroma term,
 // which the vector body computes once per 2x2 block. No sum of any set comes near the 16-bit
 // limits (|yy| < 4500, |terms| < 4400), so the saturating adds of the formulas and the plain
 // adds here give the same bits in any grouping; the negated products keep their own rounding
 // (mulh(u, -k) is not -mulh(u, k)), as each set writes them.
-enum class LumaIn { kOffset7, kPlain7, kTimes16, kTimes2 };
-enum class ChromaIn { kCentred7, kPlain7, kCentred4 };
+enum class LumaIn { kOffset7, kPlain7, kTimes16, kTimes2, kAsIs };
+enum class ChromaIn { kCentred7, kPlain7, kCentred4, kYuv32 };
 struct LaneSet {
   LumaIn luma;
   int16_t kY;
@@ -98,7 +99,8 @@ constexpr LaneSet kLanesH1 = {LI::kTimes2, 0, CI::kCentred4, 9339,  0, -3228,
                               -4760,       0, false,         16646, 0, 1};
 constexpr LaneSet kLanesH2 = {LI::kTimes2, 0, CI::kCentred4, 9338,  0, -3227,
                               -4759,       0, false,         16645, 0, 1};
-constexpr LaneSet kNoLanes = {};
+// The 32-bit YUV set: Y as it is, terms of its own (kYuv32), no shift.
+constexpr LaneSet kLanesT = {LI::kAsIs, 0, CI::kYuv32, 0, 0, 0, 0, 0, false, 0, 0, 0};
 
 using SetV = Set<BlockV, ScalarV, ~7, kLanesV>;
 using SetQ = Set<BlockQ, ScalarV, ~7, kLanesQ>;
@@ -109,7 +111,7 @@ using SetP1 = Set<BlockP1, BlockP1, ~1, kLanesP1>;
 using SetP2 = Set<BlockP2, BlockP2, ~1, kLanesP2>;
 using SetH1 = Set<BlockH1, BlockH1, ~1, kLanesH1>;
 using SetH2 = Set<BlockH2, BlockH2, ~1, kLanesH2>;
-using SetT = Set<ScalarT, ScalarT, ~1, kNoLanes>;  // 32-bit only; its planar rows have no vector
+using SetT = Set<ScalarT, ScalarT, ~1, kLanesT>;
 
 // ---- Sources --------------------------------------------------------------------------------
 
@@ -209,16 +211,28 @@ void RowPairScalar(const uint8_t* y0, const uint8_t* y1, const uint8_t* cb, cons
 #if KRO_SIMD
 using color::Set16;
 
-template <const LaneSet& k>
+// The luma terms of pixels 0-7 (kHalf 0) or 8-15 (kHalf 1) of sixteen Y bytes.
+template <const LaneSet& k, int kHalf>
 inline __m128i LumaLanes(__m128i y) {
   if constexpr (k.luma == LumaIn::kOffset7) {
-    return _mm_mulhi_epi16(_mm_slli_epi16(_mm_sub_epi16(y, Set16(16)), 7), Set16(k.kY));
-  } else if constexpr (k.luma == LumaIn::kPlain7) {
-    return _mm_mulhi_epi16(_mm_slli_epi16(y, 7), Set16(k.kY));
-  } else if constexpr (k.luma == LumaIn::kTimes16) {
-    return _mm_slli_epi16(y, 4);
+    // (Y - 16) * 64 in one multiply-add of the byte pairs (Y, 16) by (64, -64); its high
+    // product with 2 kY is the high product of (Y - 16) << 7 with kY, the same 32-bit product.
+    const __m128i pairs =
+        kHalf ? _mm_unpackhi_epi8(y, _mm_set1_epi8(16)) : _mm_unpacklo_epi8(y, _mm_set1_epi8(16));
+    const __m128i centred = _mm_maddubs_epi16(pairs, Set16(0xC040));  // bytes 64, -64
+    return _mm_mulhi_epi16(centred, Set16(2 * k.kY));
   } else {
-    return _mm_add_epi16(y, y);
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i w = kHalf ? _mm_unpackhi_epi8(y, zero) : _mm_unpacklo_epi8(y, zero);
+    if constexpr (k.luma == LumaIn::kPlain7) {
+      return _mm_mulhi_epi16(_mm_slli_epi16(w, 7), Set16(k.kY));
+    } else if constexpr (k.luma == LumaIn::kTimes16) {
+      return _mm_slli_epi16(w, 4);
+    } else if constexpr (k.luma == LumaIn::kTimes2) {
+      return _mm_add_epi16(w, w);
+    } else {
+      return w;
+    }
   }
 }
 
@@ -237,8 +251,25 @@ struct Terms {
   __m128i r, g, b;
 };
 
+// Set T: (Y << 16 + weights * chroma) >> 16 is Y plus the floor of the chroma sum over 2^16,
+// since Y << 16 adds whole units. The weights split at 2^16 so that every product fits 16 bits:
+// 74711 v = 65536 v + 9175 v, 133169 u = 131072 u + 2097 u, -38076 v = -65536 v + 27460 v; the
+// two products of G are summed in 32 bits before the shift, as the 32-bit form does.
+inline Terms Yuv32Terms(__m128i cb, __m128i cr) {
+  const __m128i u = _mm_sub_epi16(cb, Set16(128)), v = _mm_sub_epi16(cr, Set16(128));
+  // Pairs (v, u) times (27460, -25821), summed in 32 bits.
+  const __m128i gWeights = _mm_set1_epi32(
+      static_cast<int32_t>((static_cast<uint32_t>(static_cast<uint16_t>(-25821)) << 16) | 27460u));
+  const __m128i gLo = _mm_srai_epi32(_mm_madd_epi16(_mm_unpacklo_epi16(v, u), gWeights), 16);
+  const __m128i gHi = _mm_srai_epi32(_mm_madd_epi16(_mm_unpackhi_epi16(v, u), gWeights), 16);
+  return {_mm_add_epi16(v, _mm_mulhi_epi16(v, Set16(9175))),
+          _mm_sub_epi16(_mm_packs_epi32(gLo, gHi), v),
+          _mm_add_epi16(_mm_add_epi16(u, u), _mm_mulhi_epi16(u, Set16(2097)))};
+}
+
 template <const LaneSet& k>
 inline Terms ChromaTerms(__m128i cb, __m128i cr) {
+  if constexpr (k.chroma == ChromaIn::kYuv32) return Yuv32Terms(cb, cr);
   const __m128i u = ChromaLanes<k>(cb), v = ChromaLanes<k>(cr);
   const __m128i g =
       _mm_add_epi16(_mm_mulhi_epi16(u, Set16(k.kGu)), _mm_mulhi_epi16(v, Set16(k.kGv)));
@@ -251,8 +282,8 @@ inline Terms ChromaTerms(__m128i cb, __m128i cr) {
 // shifted, packed with the clamp to 0..255.
 template <const LaneSet& k>
 inline __m128i Component(__m128i yLo, __m128i yHi, __m128i tLo, __m128i tHi) {
-  return _mm_packus_epi16(_mm_srai_epi16(_mm_add_epi16(yLo, tLo), k.shift),
-                          _mm_srai_epi16(_mm_add_epi16(yHi, tHi), k.shift));
+  const auto shift = [](__m128i x) { return k.shift ? _mm_srai_epi16(x, k.shift) : x; };
+  return _mm_packus_epi16(shift(_mm_add_epi16(yLo, tLo)), shift(_mm_add_epi16(yHi, tHi)));
 }
 
 inline __m128i Load4(const uint8_t* p) {
@@ -281,11 +312,45 @@ inline void LoadChroma(const uint8_t* cb, const uint8_t* cr, int i, __m128i& u, 
   }
 }
 
+// Byte shuffles that interleave sixteen 3-byte pixels from pairs of their first two components
+// (a) and from their third components (b): output piece q takes pairs of pixels
+// kPairFrom[q] on from its a-vector and third components of pixels 0..15 from b.
+struct Interleave3 {
+  alignas(16) int8_t a[3][16], b[3][16];
+};
+constexpr int kPairFrom[3] = {0, 5, 8};
+constexpr Interleave3 MakeInterleave3() {
+  Interleave3 m{};
+  for (int q = 0; q < 3; ++q)
+    for (int j = 0; j < 16; ++j) {
+      const int px = (16 * q + j) / 3, c = (16 * q + j) % 3;
+      m.a[q][j] = static_cast<int8_t>(c < 2 ? 2 * (px - kPairFrom[q]) + c : -128);
+      m.b[q][j] = static_cast<int8_t>(c == 2 ? px : -128);
+    }
+  return m;
+}
+inline constexpr Interleave3 kInterleave3 = MakeInterleave3();
+
+// Sixteen 3-byte pixels: the first two components are paired up (pixels 0-7 and 8-15, and by
+// an alignment of the two, 5-12), then each 16-byte piece is one shuffle of pairs and one of
+// third components.
+inline void Store3x16(uint8_t* p, __m128i first, __m128i second, __m128i third) {
+  const __m128i lo = _mm_unpacklo_epi8(first, second), hi = _mm_unpackhi_epi8(first, second);
+  const __m128i pairs[3] = {lo, _mm_alignr_epi8(hi, lo, 10), hi};
+  for (int q = 0; q < 3; ++q) {
+    const __m128i piece = _mm_or_si128(_mm_shuffle_epi8(pairs[q], color::Mask(kInterleave3.a[q])),
+                                       _mm_shuffle_epi8(third, color::Mask(kInterleave3.b[q])));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 16 * q), piece);
+  }
+}
+
 // kPixels packed pixels from component vectors; four-byte pixels take `alpha` as fourth byte.
 template <int kBytes, bool kBgr, int kPixels>
 inline void StorePixels(uint8_t* p, __m128i r, __m128i g, __m128i b, __m128i alpha) {
   const __m128i first = kBgr ? b : r, last = kBgr ? r : b;
-  if constexpr (kBytes == 3) {
+  if constexpr (kBytes == 3 && kPixels == 16) {
+    Store3x16(p, first, g, last);
+  } else if constexpr (kBytes == 3) {
     color::StorePacked<kPixels>(p, {first, g, last});
   } else {
     const auto store = [&](int at, __m128i fg, __m128i la) {
@@ -297,10 +362,11 @@ inline void StorePixels(uint8_t* p, __m128i r, __m128i g, __m128i b, __m128i alp
   }
 }
 
-// Columns x .. x + kPixels - 1 of both rows of a pair.
-template <const LaneSet& k, Chroma kChroma, int kBytes, bool kBgr, int kPixels>
+// Columns x .. x + kPixels - 1 of both rows of a pair, into packed pixels or three planes.
+template <const LaneSet& k, Chroma kChroma, class Out, int kPixels>
 inline void BlockPair(const uint8_t* y0, const uint8_t* y1, const uint8_t* cb, const uint8_t* cr,
-                      uint8_t* d0, uint8_t* d1, __m128i alpha, int x) {
+                      const typename Out::Row& o0, const typename Out::Row& o1, __m128i alpha,
+                      int x) {
   __m128i u, v;
   LoadChroma<kChroma, kPixels>(cb, cr, x >> 1, u, v);
   const Terms t = ChromaTerms<k>(u, v);
@@ -308,33 +374,36 @@ inline void BlockPair(const uint8_t* y0, const uint8_t* y1, const uint8_t* cb, c
                     _mm_unpacklo_epi16(t.b, t.b)};
   const Terms hi = {_mm_unpackhi_epi16(t.r, t.r), _mm_unpackhi_epi16(t.g, t.g),
                     _mm_unpackhi_epi16(t.b, t.b)};
-  const __m128i zero = _mm_setzero_si128();
-  const auto row = [&](const uint8_t* yRow, uint8_t* d) {
+  const auto row = [&](const uint8_t* yRow, const typename Out::Row& o) {
     const __m128i y = kPixels == 16 ? _mm_loadu_si128(reinterpret_cast<const __m128i*>(yRow + x))
                                     : _mm_loadl_epi64(reinterpret_cast<const __m128i*>(yRow + x));
-    const __m128i yLo = LumaLanes<k>(_mm_unpacklo_epi8(y, zero));
-    const __m128i yHi = LumaLanes<k>(_mm_unpackhi_epi8(y, zero));
-    StorePixels<kBytes, kBgr, kPixels>(d + kBytes * x, Component<k>(yLo, yHi, lo.r, hi.r),
-                                       Component<k>(yLo, yHi, lo.g, hi.g),
-                                       Component<k>(yLo, yHi, lo.b, hi.b), alpha);
+    const __m128i yLo = LumaLanes<k, 0>(y), yHi = LumaLanes<k, 1>(y);
+    const __m128i r = Component<k>(yLo, yHi, lo.r, hi.r), g = Component<k>(yLo, yHi, lo.g, hi.g),
+                  b = Component<k>(yLo, yHi, lo.b, hi.b);
+    if constexpr (Out::kPacked) {
+      StorePixels<Out::kBytes, Out::kBgr, kPixels>(o.p + Out::kBytes * x, r, g, b, alpha);
+    } else {
+      color::StorePlane<kPixels>(o.p[0] + x, r);
+      color::StorePlane<kPixels>(o.p[1] + x, g);
+      color::StorePlane<kPixels>(o.p[2] + x, b);
+    }
   };
-  row(y0, d0);
-  row(y1, d1);
+  row(y0, o0);
+  row(y1, o1);
 }
 
 // The vector columns of a row pair below `end`: sixteens, then one eight. Returns the first
 // column left to the scalar row.
-template <class S, Chroma kChroma, int kBytes, bool kBgr>
+template <class S, Chroma kChroma, class Out>
 int RowPairVector(const uint8_t* y0, const uint8_t* y1, const uint8_t* cb, const uint8_t* cr,
-                  uint8_t* d0, uint8_t* d1, uint8_t alphaValue, int end) {
+                  const typename Out::Row& o0, const typename Out::Row& o1, int end) {
   constexpr const LaneSet& k = S::kLanes;
-  const __m128i alpha = _mm_set1_epi8(static_cast<char>(alphaValue));
+  __m128i alpha = _mm_setzero_si128();
+  if constexpr (Out::kPacked) alpha = _mm_set1_epi8(static_cast<char>(o0.alpha));
   int x = 0;
-  for (; x + 16 <= end; x += 16) {
-    BlockPair<k, kChroma, kBytes, kBgr, 16>(y0, y1, cb, cr, d0, d1, alpha, x);
-  }
+  for (; x + 16 <= end; x += 16) BlockPair<k, kChroma, Out, 16>(y0, y1, cb, cr, o0, o1, alpha, x);
   if (x + 8 <= end) {
-    BlockPair<k, kChroma, kBytes, kBgr, 8>(y0, y1, cb, cr, d0, d1, alpha, x);
+    BlockPair<k, kChroma, Out, 8>(y0, y1, cb, cr, o0, o1, alpha, x);
     x += 8;
   }
   return x;
@@ -354,10 +423,8 @@ void Convert420(const Source& s, const Out& out, KroSize roi) {
     const auto o0 = out.At(2 * j), o1 = out.At(2 * j + 1);
     int x = 0;
 #if KRO_SIMD
-    if constexpr (Out::kPacked) {
-      x = RowPairVector<S, kChroma, Out::kBytes, Out::kBgr>(y0, y1, cb, cr, o0.p, o1.p, out.alpha,
-                                                            vectorEnd < width ? vectorEnd : width);
-    }
+    x = RowPairVector<S, kChroma, Out>(y0, y1, cb, cr, o0, o1,
+                                       vectorEnd < width ? vectorEnd : width);
 #endif
     RowPairScalar<S, kChroma>(y0, y1, cb, cr, o0, o1, x, width, vectorEnd);
   }

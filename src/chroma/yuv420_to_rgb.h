@@ -15,7 +15,7 @@
 //   P2   YCrCb P2C3R/P2C4R                         P1 one unit apart    none
 //   H1   YUV BGR P3C3R                             YUV at 2^1           none
 //   H2   YUV RGB P3C3R, P3C3                       H1 one unit apart    none
-//   T    YUV P3R, P3                               -                    YUV truncated (all)
+//   T    YUV P3R, P3                               (the 32-bit form)    YUV truncated (all)
 //
 // The functions below compute the 16-bit lane forms one lane at a time (the portable build's
 // path and the reference of the SSSE3 bodies) and the 32-bit forms as written. All take

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include "frame/checks.h"
 #include "frame/entry.h"
@@ -17,55 +18,59 @@
 namespace kro::cfa {
 namespace {
 
-// ---- Frame: the two outer rows and columns on each side ---------------------------------------
+// ---- Frame: the two outer rows and columns on each side, scalar -------------------------------
 
-// One pixel of the frame. On an edge the missing neighbours are replaced: along the edge the
-// two neighbours A and B that exist, across it the one inward neighbour I; in a corner the one
-// neighbour of each direction. The second frame has all eight neighbours and takes the plain
-// averages, green at a red or blue site being M4.
+// A corner: the one neighbour in the row (H), the one in the column (V) and the diagonal one.
 template <class T>
-void FramePixel(const Source<T>& s, int grid, int x, int y, T* out) {
-  const auto at = [&](int dx, int dy) -> uint32_t { return s.Row(y + dy)[x + dx]; };
+void CornerPixel(const Source<T>& s, int grid, int x, int y, T* out) {
+  const T* c = s.Row(y) + x;
+  const std::ptrdiff_t inX = x == 0 ? 1 : -1, inY = y == 0 ? s.step : -s.step;
   const int site = SiteColour(grid, x, y);
-  const int other = kRed + kBlue - site;  // at a red or blue site, the missing one of the two
-  const bool edgeX = x == 0 || x == s.width - 1, edgeY = y == 0 || y == s.height - 1;
-  const int inX = x == 0 ? 1 : -1, inY = y == 0 ? 1 : -1;  // inward steps, used on edges only
-  uint32_t v[3];
-  v[site] = at(0, 0);
-  if (edgeX && edgeY) {
-    const uint32_t h = at(inX, 0), vert = at(0, inY);
-    if (site == kGreen) {
-      v[SiteColour(grid, x + 1, y)] = h;
-      v[SiteColour(grid, x, y + 1)] = vert;
-    } else {
-      v[kGreen] = (h + vert + 1) >> 1;
-      v[other] = at(inX, inY);
-    }
-  } else if (edgeX || edgeY) {
-    // (ax, ay) runs along the edge, (ix, iy) points inward.
-    const int ax = edgeY ? 1 : 0, ay = 1 - ax, ix = edgeX ? inX : 0, iy = edgeY ? inY : 0;
-    const uint32_t a = at(-ax, -ay), b = at(ax, ay), in = at(ix, iy);
-    if (site == kGreen) {
-      v[SiteColour(grid, x + ax, y + ay)] = (a + b + 1) >> 1;
-      v[SiteColour(grid, x + ix, y + iy)] = in;
-    } else {
-      v[kGreen] = (a + b + 2 * in + 2) >> 2;
-      v[other] = (at(ix - ax, iy - ay) + at(ix + ax, iy + ay) + 1) >> 1;
-    }
+  out[site] = c[0];
+  if (site == kGreen) {
+    out[SiteColour(grid, x + 1, y)] = c[inX];
+    out[SiteColour(grid, x, y + 1)] = c[inY];
   } else {
-    const uint32_t n = at(0, -1), w = at(-1, 0), e = at(1, 0), south = at(0, 1);
-    if (site == kGreen) {
-      v[SiteColour(grid, x + 1, y)] = (w + e + 1) >> 1;
-      v[SiteColour(grid, x, y + 1)] = (n + south + 1) >> 1;
-    } else {
-      v[kGreen] = (n + w + e + south + 2) >> 2;
-      v[other] = (at(-1, -1) + at(1, -1) + at(-1, 1) + at(1, 1) + 2) >> 2;
-    }
+    out[kGreen] = static_cast<T>((c[inX] + c[inY] + 1u) >> 1);
+    out[kRed + kBlue - site] = c[inX + inY];
   }
-  for (int c = 0; c < 3; ++c) out[c] = static_cast<T>(v[c]);
 }
 
-// ---- Interior, scalar -------------------------------------------------------------------------
+// A frame column from row ya to row yb, none of them the top or bottom row: the left or right
+// edge (kSide, `inward` the step to the column beside it), or the second frame.
+template <class T, bool kSide>
+void FrameColumn(const Source<T>& s, int grid, int x, int ya, int yb, std::ptrdiff_t inward, T* out,
+                 std::ptrdiff_t outStep) {
+  const std::ptrdiff_t step = s.step;
+  for (int y = ya; y <= yb; ++y, out += outStep) {
+    const T* c = s.Row(y) + x;
+    const int site = SiteColour(grid, x, y);
+    const uint32_t n = c[-step], south = c[step];
+    if (site == kGreen) {
+      const int rowColour = SiteColour(grid, x + 1, y);
+      out[kRed + kBlue - rowColour] = static_cast<T>((n + south + 1) >> 1);
+      out[kGreen] = c[0];
+      out[rowColour] = static_cast<T>(kSide ? c[inward] : (c[-1] + c[1] + 1u) >> 1);
+    } else {
+      out[site] = c[0];
+      if constexpr (kSide) {
+        out[kGreen] = static_cast<T>((n + south + 2 * c[inward] + 2) >> 2);
+        out[kRed + kBlue - site] = static_cast<T>((c[inward - step] + c[inward + step] + 1u) >> 1);
+      } else {
+        out[kGreen] = static_cast<T>((n + c[-1] + c[1] + south + 2) >> 2);
+        out[kRed + kBlue - site] =
+            static_cast<T>((c[-step - 1] + c[-step + 1] + c[step - 1] + c[step + 1] + 2u) >> 2);
+      }
+    }
+  }
+}
+
+// ---- Rows of the interior and of the frame, scalar ---------------------------------------------
+
+// A row kernel works on n pixels of one row starting at c, whose first site is green when
+// kGreenFirst; the row's other colour is kC, and the rows above and below carry the other of
+// red and blue, kO. The frame's rows share the kernels' shape: the second frame differs from the
+// interior only in green at red and blue sites (M4 instead of the gradient test).
 
 // Green at a red or blue site of the interior: along the direction of the smaller gradient,
 // the mean of all four neighbours when the gradients are equal.
@@ -78,11 +83,8 @@ uint32_t DirectionalGreen(const T* c, std::ptrdiff_t step) {
   return (c[-step] + c[-1] + c[1] + c[step] + 2u) >> 2;
 }
 
-// One interior row of n pixels starting at c, whose first site is green when kGreenFirst; the
-// row's other colour is kC (the colour of the rows above and below is the other of red and
-// blue).
-template <class T, bool kGreenFirst, int kC>
-void InteriorRowScalar(const T* c, std::ptrdiff_t step, int n, T* out) {
+template <class T, bool kGreenFirst, int kC, bool kDirectional>
+void BilinearRowScalar(const T* c, std::ptrdiff_t step, int n, T* out) {
   constexpr int kO = kRed + kBlue - kC;
   for (int i = 0; i < n; ++i, ++c, out += 3) {
     if ((i & 1) == (kGreenFirst ? 0 : 1)) {
@@ -91,13 +93,53 @@ void InteriorRowScalar(const T* c, std::ptrdiff_t step, int n, T* out) {
       out[kO] = static_cast<T>((c[-step] + c[step] + 1u) >> 1);
     } else {
       out[kC] = c[0];
-      out[kGreen] = static_cast<T>(DirectionalGreen(c, step));
+      out[kGreen] = static_cast<T>(kDirectional ? DirectionalGreen(c, step)
+                                                : (c[-step] + c[-1] + c[1] + c[step] + 2u) >> 2);
       out[kO] = static_cast<T>((c[-step - 1] + c[-step + 1] + c[step - 1] + c[step + 1] + 2u) >> 2);
     }
   }
 }
 
-// ---- Interior, vector -------------------------------------------------------------------------
+// The top or bottom row between its corners: `inward` is the step to the one row beside it. Along
+// the row the two neighbours W and E, across it the one inward sample I and its two neighbours.
+template <class T, bool kGreenFirst, int kC>
+void EdgeRowScalar(const T* c, std::ptrdiff_t inward, int n, T* out) {
+  constexpr int kO = kRed + kBlue - kC;
+  for (int i = 0; i < n; ++i, ++c, out += 3) {
+    const uint32_t in = c[inward];
+    if ((i & 1) == (kGreenFirst ? 0 : 1)) {
+      out[kC] = static_cast<T>((c[-1] + c[1] + 1u) >> 1);
+      out[kGreen] = c[0];
+      out[kO] = static_cast<T>(in);
+    } else {
+      out[kC] = c[0];
+      out[kGreen] = static_cast<T>((c[-1] + c[1] + 2 * in + 2u) >> 2);
+      out[kO] = static_cast<T>((c[inward - 1] + c[inward + 1] + 1u) >> 1);
+    }
+  }
+}
+
+// Calls f(greenFirst, colour) with the pattern that starts at (x, y) as compile-time values:
+// the colours at (x, y) and (x + 1, y), from the grid and the parity of the absolute position.
+template <class F>
+void WithPattern(int grid, int x, int y, F&& f) {
+  using Red = std::integral_constant<int, kRed>;
+  using Blue = std::integral_constant<int, kBlue>;
+  const int first = SiteColour(grid, x, y), second = SiteColour(grid, x + 1, y);
+  if (first == kGreen) {
+    if (second == kRed) {
+      f(std::true_type{}, Red{});
+    } else {
+      f(std::true_type{}, Blue{});
+    }
+  } else if (first == kRed) {
+    f(std::false_type{}, Red{});
+  } else {
+    f(std::false_type{}, Blue{});
+  }
+}
+
+// ---- Rows, vector -----------------------------------------------------------------------------
 
 #if KRO_SIMD
 
@@ -109,12 +151,13 @@ struct Lanes<uint8_t> {
   static constexpr int kCount = 16;
   static __m128i Avg(__m128i a, __m128i b) { return _mm_avg_epu8(a, b); }
   static __m128i SubSat(__m128i a, __m128i b) { return _mm_subs_epu8(a, b); }
-  static __m128i Sub(__m128i a, __m128i b) { return _mm_sub_epi8(a, b); }
   static __m128i Equal(__m128i a, __m128i b) { return _mm_cmpeq_epi8(a, b); }
-  static __m128i One() { return _mm_set1_epi8(1); }
   static __m128i EvenLanes() { return _mm_set1_epi16(0x00FF); }
-  // One bit per lane of a lane mask.
-  static int Bits(__m128i m) { return _mm_movemask_epi8(m); }
+  // Lanes of twice the width, for exact sums of four samples.
+  static __m128i AddWide(__m128i a, __m128i b) { return _mm_add_epi16(a, b); }
+  static __m128i SrlWide(__m128i a, int n) { return _mm_srli_epi16(a, n); }
+  static __m128i SllWide(__m128i a, int n) { return _mm_slli_epi16(a, n); }
+  static __m128i TwoWide() { return _mm_set1_epi16(2); }
 };
 
 template <>
@@ -122,11 +165,12 @@ struct Lanes<uint16_t> {
   static constexpr int kCount = 8;
   static __m128i Avg(__m128i a, __m128i b) { return _mm_avg_epu16(a, b); }
   static __m128i SubSat(__m128i a, __m128i b) { return _mm_subs_epu16(a, b); }
-  static __m128i Sub(__m128i a, __m128i b) { return _mm_sub_epi16(a, b); }
   static __m128i Equal(__m128i a, __m128i b) { return _mm_cmpeq_epi16(a, b); }
-  static __m128i One() { return _mm_set1_epi16(1); }
   static __m128i EvenLanes() { return _mm_set1_epi32(0xFFFF); }
-  static int Bits(__m128i m) { return _mm_movemask_epi8(_mm_packs_epi16(m, m)) & 0xFF; }
+  static __m128i AddWide(__m128i a, __m128i b) { return _mm_add_epi32(a, b); }
+  static __m128i SrlWide(__m128i a, int n) { return _mm_srli_epi32(a, n); }
+  static __m128i SllWide(__m128i a, int n) { return _mm_slli_epi32(a, n); }
+  static __m128i TwoWide() { return _mm_set1_epi32(2); }
 };
 
 template <class T>
@@ -145,16 +189,18 @@ __m128i AbsDiff(__m128i a, __m128i b) {
   return _mm_or_si128(Lanes<T>::SubSat(a, b), Lanes<T>::SubSat(b, a));
 }
 
-// (a + b + c + d + 2) >> 2 exactly, from rounding averages in the sample's own width: the mean
-// of the two rounded pair means rounds up once too often exactly when a pair sum was odd and
-// the two pair means differ in their low bit, and that is taken off.
-template <class T>
-__m128i Mean4(__m128i a, __m128i b, __m128i c, __m128i d) {
+// (a + b + c + d + 2) >> 2 at the red and blue sites, which are the odd lanes when kOdd, else the
+// even ones; zero in the other lanes. The sums are exact in lanes of twice the sample's width.
+template <class T, bool kOdd>
+__m128i SiteMean4(__m128i a, __m128i b, __m128i c, __m128i d) {
   using L = Lanes<T>;
-  const __m128i ab = L::Avg(a, b), cd = L::Avg(c, d);
-  const __m128i oddPair = _mm_or_si128(_mm_xor_si128(a, b), _mm_xor_si128(c, d));
-  const __m128i excess = _mm_and_si128(_mm_and_si128(oddPair, _mm_xor_si128(ab, cd)), L::One());
-  return L::Sub(L::Avg(ab, cd), excess);
+  constexpr int kBits = 8 * sizeof(T);
+  const auto half = [](__m128i v) {
+    return kOdd ? L::SrlWide(v, kBits) : _mm_and_si128(v, L::EvenLanes());
+  };
+  const __m128i sum = L::AddWide(
+      L::AddWide(L::AddWide(half(a), half(b)), L::AddWide(half(c), half(d))), L::TwoWide());
+  return kOdd ? _mm_andnot_si128(L::EvenLanes(), L::SllWide(sum, kBits - 2)) : L::SrlWide(sum, 2);
 }
 
 // pshufb controls that interleave three channel vectors into three vectors of R, G, B samples
@@ -191,12 +237,12 @@ void StoreInterleaved(T* out, const __m128i (&ch)[3]) {
   }
 }
 
-// One block of Lanes<T>::kCount interior pixels of a row, starting at c on a site of the row's
-// first colour (see InteriorRowScalar). The plain averages are rounding averages of all lanes;
-// the gradient test runs on all lanes at once, and the lanes where the gradients tie are
-// patched afterwards one by one with the scalar M4.
-template <class T, bool kGreenFirst, int kC>
-void InteriorBlock(const T* c, std::ptrdiff_t step, T* out) {
+// One block of Lanes<T>::kCount pixels of a row (see BilinearRowScalar). The two-term means are
+// rounding averages of all lanes, the four-term means are formed at the red and blue sites only.
+// In the interior the gradient test runs on all lanes at once, and the lanes where the gradients
+// tie are patched with M4.
+template <class T, bool kGreenFirst, int kC, bool kDirectional>
+__attribute__((always_inline)) inline void BilinearBlock(const T* c, std::ptrdiff_t step, T* out) {
   using L = Lanes<T>;
   constexpr int kO = kRed + kBlue - kC;
   const T* up = c - step;
@@ -204,101 +250,87 @@ void InteriorBlock(const T* c, std::ptrdiff_t step, T* out) {
   const __m128i centre = Load(c), west = Load(c - 1), east = Load(c + 1);
   const __m128i north = Load(up), south = Load(down);
   const __m128i mh = L::Avg(west, east), mv = L::Avg(north, south);
-  const __m128i md = Mean4<T>(Load(up - 1), Load(up + 1), Load(down - 1), Load(down + 1));
-  const __m128i dv = AbsDiff<T>(Load(c - 2 * step), Load(c + 2 * step));
-  const __m128i dh = AbsDiff<T>(Load(c - 2), Load(c + 2));
+  const __m128i md =
+      SiteMean4<T, kGreenFirst>(Load(up - 1), Load(up + 1), Load(down - 1), Load(down + 1));
   const __m128i zero = _mm_setzero_si128();
-  const __m128i vertSteeper =
-      _mm_xor_si128(L::Equal(L::SubSat(dv, dh), zero), L::Equal(zero, zero));
-  const __m128i green = Select(vertSteeper, mh, mv);
   const __m128i colourSite =
       kGreenFirst ? _mm_andnot_si128(L::EvenLanes(), L::Equal(zero, zero)) : L::EvenLanes();
+  __m128i green;
+  if constexpr (kDirectional) {
+    const __m128i dv = AbsDiff<T>(Load(c - 2 * step), Load(c + 2 * step));
+    const __m128i dh = AbsDiff<T>(Load(c - 2), Load(c + 2));
+    // Where dv is not above dh green follows the vertical, for the moment also on a tie.
+    green = _mm_and_si128(colourSite, Select(L::Equal(L::SubSat(dv, dh), zero), mv, mh));
+    // The lanes where the gradients tie take M4 instead, as their mask tells; M4 is formed only
+    // for a block that has such lanes.
+    const __m128i tie = _mm_and_si128(colourSite, L::Equal(dv, dh));
+    if (_mm_movemask_epi8(tie) != 0) {
+      green = Select(tie, SiteMean4<T, kGreenFirst>(north, west, east, south), green);
+    }
+  } else {
+    green = SiteMean4<T, kGreenFirst>(north, west, east, south);
+  }
   __m128i ch[3];
   ch[kC] = Select(colourSite, centre, mh);
-  ch[kGreen] = Select(colourSite, green, centre);
-  ch[kO] = Select(colourSite, md, mv);
+  // green and md hold zeros at the green sites.
+  ch[kGreen] = _mm_or_si128(green, _mm_andnot_si128(colourSite, centre));
+  ch[kO] = _mm_or_si128(md, _mm_andnot_si128(colourSite, mv));
   StoreInterleaved(out, ch);
-  for (int ties = L::Bits(_mm_and_si128(L::Equal(dv, dh), colourSite)); ties != 0;
-       ties &= ties - 1) {
-    const int i = __builtin_ctz(static_cast<unsigned>(ties));
-    const T* p = c + i;
-    out[3 * i + kGreen] = static_cast<T>((p[-step] + p[-1] + p[1] + p[step] + 2u) >> 2);
-  }
-}
-
-// One interior row: whole blocks, then the remainder pixel by pixel. Blocks hold an even number
-// of pixels, so the remainder starts on a site of the row's first colour.
-template <class T, bool kGreenFirst, int kC>
-void InteriorRowVector(const T* c, std::ptrdiff_t step, int n, T* out) {
-  constexpr int kBlock = Lanes<T>::kCount;
-  int i = 0;
-  for (; i + kBlock <= n; i += kBlock) InteriorBlock<T, kGreenFirst, kC>(c + i, step, out + 3 * i);
-  InteriorRowScalar<T, kGreenFirst, kC>(c + i, step, n - i, out + 3 * i);
-}
-
-// Two rows at a time: the same block of columns of both rows in one turn.
-template <class T, bool kGreenFirst, int kC>
-void InteriorPairVector(const T* c, std::ptrdiff_t step, int n, T* out, std::ptrdiff_t outStep) {
-  constexpr int kBlock = Lanes<T>::kCount;
-  constexpr int kC2 = kRed + kBlue - kC;
-  int i = 0;
-  for (; i + kBlock <= n; i += kBlock) {
-    InteriorBlock<T, kGreenFirst, kC>(c + i, step, out + 3 * i);
-    InteriorBlock<T, !kGreenFirst, kC2>(c + step + i, step, out + outStep + 3 * i);
-  }
-  InteriorRowScalar<T, kGreenFirst, kC>(c + i, step, n - i, out + 3 * i);
-  InteriorRowScalar<T, !kGreenFirst, kC2>(c + step + i, step, n - i, out + outStep + 3 * i);
 }
 
 #endif  // KRO_SIMD
 
+// One row: whole blocks, then the remainder pixel by pixel. Blocks hold an even number of
+// pixels, so the remainder starts on a site of the row's first colour.
+template <class T, bool kVector, bool kGreenFirst, int kC, bool kDirectional>
+void BilinearRow(const T* c, std::ptrdiff_t step, int n, T* out) {
+  int i = 0;
+#if KRO_SIMD
+  if constexpr (kVector) {
+    for (; i + Lanes<T>::kCount <= n; i += Lanes<T>::kCount) {
+      BilinearBlock<T, kGreenFirst, kC, kDirectional>(c + i, step, out + 3 * i);
+    }
+  }
+#endif
+  BilinearRowScalar<T, kGreenFirst, kC, kDirectional>(c + i, step, n - i, out + 3 * i);
+}
+
 // One of the four interior kernels: the first row's first site is green when kGreenFirst, its
-// other colour kC; the next row has the other pair. Rows go two at a time, a last odd row alone.
+// other colour kC; the next row has the other pair. Rows go two at a time (the same block of
+// columns of both rows in one turn), a last odd row alone.
 template <class T, bool kVector, bool kGreenFirst, int kC>
 void InteriorKernel(const Source<T>& s, int x0, int y0, int x1, int y1, T* dst,
                     std::ptrdiff_t dstStep) {
   constexpr int kC2 = kRed + kBlue - kC;
+  const std::ptrdiff_t step = s.step;
   const int n = x1 - x0 + 1;
   int y = y0;
   for (; y < y1; y += 2, dst += 2 * dstStep) {
     const T* c = s.Row(y) + x0;
+    int i = 0;
 #if KRO_SIMD
     if constexpr (kVector) {
-      InteriorPairVector<T, kGreenFirst, kC>(c, s.step, n, dst, dstStep);
-      continue;
+      for (; i + Lanes<T>::kCount <= n; i += Lanes<T>::kCount) {
+        BilinearBlock<T, kGreenFirst, kC, true>(c + i, step, dst + 3 * i);
+        BilinearBlock<T, !kGreenFirst, kC2, true>(c + step + i, step, dst + dstStep + 3 * i);
+      }
     }
 #endif
-    InteriorRowScalar<T, kGreenFirst, kC>(c, s.step, n, dst);
-    InteriorRowScalar<T, !kGreenFirst, kC2>(c + s.step, s.step, n, dst + dstStep);
+    BilinearRowScalar<T, kGreenFirst, kC, true>(c + i, step, n - i, dst + 3 * i);
+    BilinearRowScalar<T, !kGreenFirst, kC2, true>(c + step + i, step, n - i, dst + dstStep + 3 * i);
   }
-  if (y == y1) {
-#if KRO_SIMD
-    if constexpr (kVector) {
-      InteriorRowVector<T, kGreenFirst, kC>(s.Row(y) + x0, s.step, n, dst);
-      return;
-    }
-#endif
-    InteriorRowScalar<T, kGreenFirst, kC>(s.Row(y) + x0, s.step, n, dst);
-  }
+  if (y == y1) BilinearRow<T, kVector, kGreenFirst, kC, true>(s.Row(y) + x0, step, n, dst);
 }
 
-// Picks the kernel by the colours at (x0, y0) and (x0 + 1, y0): the grid and the parity of the
-// interior's origin, which is an absolute position in the image.
+// Picks the interior kernel by the grid and the parity of the interior's origin, which is an
+// absolute position in the image.
 template <class T, bool kVector>
 void Interior(const Source<T>& s, int grid, int x0, int y0, int x1, int y1, T* dst,
               std::ptrdiff_t dstStep) {
-  const int first = SiteColour(grid, x0, y0), second = SiteColour(grid, x0 + 1, y0);
-  if (first == kGreen) {
-    if (second == kRed) {
-      InteriorKernel<T, kVector, true, kRed>(s, x0, y0, x1, y1, dst, dstStep);
-    } else {
-      InteriorKernel<T, kVector, true, kBlue>(s, x0, y0, x1, y1, dst, dstStep);
-    }
-  } else if (first == kRed) {
-    InteriorKernel<T, kVector, false, kRed>(s, x0, y0, x1, y1, dst, dstStep);
-  } else {
-    InteriorKernel<T, kVector, false, kBlue>(s, x0, y0, x1, y1, dst, dstStep);
-  }
+  WithPattern(grid, x0, y0, [&](auto greenFirst, auto colour) {
+    InteriorKernel<T, kVector, decltype(greenFirst)::value, decltype(colour)::value>(
+        s, x0, y0, x1, y1, dst, dstStep);
+  });
 }
 
 // ---- Whole window -----------------------------------------------------------------------------
@@ -316,14 +348,42 @@ void ConvertWindow(const Source<T>& s, int grid, KroRect r, T* dst, std::ptrdiff
     return dst + static_cast<std::ptrdiff_t>(y - r.y) * dstStep +
            static_cast<std::ptrdiff_t>(x - r.x) * 3;
   };
+  // A frame row: its two ends one by one (corners, or the left and right edges), the pixels
+  // between them by a row kernel.
   const auto frameRow = [&](int y) {
     if (y < r.y || y >= yEnd) return;
-    for (int x = r.x; x < xEnd; ++x) FramePixel(s, grid, x, y, out(x, y));
+    const bool edge = y == 0 || y == s.height - 1;
+    for (int x : {0, s.width - 1}) {
+      if (x < r.x || x >= xEnd) continue;
+      if (edge) {
+        CornerPixel(s, grid, x, y, out(x, y));
+      } else {
+        FrameColumn<T, true>(s, grid, x, y, y, x == 0 ? 1 : -1, out(x, y), 0);
+      }
+    }
+    const int xa = std::max(r.x, 1), n = std::min(xEnd, s.width - 1) - xa;
+    if (n <= 0) return;
+    const T* c = s.Row(y) + xa;
+    T* o = out(xa, y);
+    WithPattern(grid, xa, y, [&](auto greenFirst, auto colour) {
+      constexpr bool kGreenFirst = decltype(greenFirst)::value;
+      constexpr int kC = decltype(colour)::value;
+      if (edge) {
+        EdgeRowScalar<T, kGreenFirst, kC>(c, y == 0 ? s.step : -s.step, n, o);
+      } else {
+        BilinearRow<T, KRO_SIMD != 0, kGreenFirst, kC, false>(c, s.step, n, o);
+      }
+    });
   };
   const auto frameColumn = [&](int x) {
     if (x < r.x || x >= xEnd) return;
-    const int last = std::min(yEnd - 1, s.height - 3);
-    for (int y = std::max(r.y, 2); y <= last; ++y) FramePixel(s, grid, x, y, out(x, y));
+    const int ya = std::max(r.y, 2), yb = std::min(yEnd - 1, s.height - 3);
+    if (yb < ya) return;
+    if (x == 0 || x == s.width - 1) {
+      FrameColumn<T, true>(s, grid, x, ya, yb, x == 0 ? 1 : -1, out(x, ya), dstStep);
+    } else {
+      FrameColumn<T, false>(s, grid, x, ya, yb, 0, out(x, ya), dstStep);
+    }
   };
   frameRow(0);
   if (s.height >= 3) frameRow(1);

@@ -1,6 +1,8 @@
 // Adaptive homogeneity-directed demosaicing: the pieces that tests reach directly.
 #pragma once
 
+#include <cstdint>
+
 #include "krocc.h"
 
 namespace kro::ahd {
@@ -24,5 +26,10 @@ struct Plan {
 };
 
 Plan PlanStrips(KroRect rect, KroSize size, int grid);
+
+// The votes of one row of 8-bit or 16-bit results held in scratch rows (n entries a row, ring
+// position t >= 1), through the vector body where the build has one, or the scalar steps alone.
+void VoteRow8u(uint8_t* tmp, int tmpStep, int n, int t, bool vector);
+void VoteRow16u(uint8_t* tmp, int tmpStep, int n, int t, bool vector);
 
 }  // namespace kro::ahd

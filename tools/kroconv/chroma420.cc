@@ -1,7 +1,6 @@
 // 4:2:0 through the library: RGB images to 4:2:0 frames and back with the subsampling exports.
 // One entry per matrix; each of its functions exists only when the build's export list has it
-// (KRO_HAS_<name>). The calls go through small adapters of one shape per kind, so an entry does
-// not depend on how an export spells the constness of its plane and step arrays.
+// (KRO_HAS_<name>).
 #include <algorithm>
 #include <utility>
 
@@ -23,39 +22,9 @@ struct Fn {
   const char* name = "";
 };
 
-// Planes and steps are copied into plain arrays, which convert to whatever the export takes.
-#define KRO_ENCODE3(f)                                                      \
-  Fn<Encode3> {                                                             \
-    [](const Kro8u* s, int ss, Kro8u* const* d, const int* ds, KroSize r) { \
-      Kro8u* planes[3] = {d[0], d[1], d[2]};                                \
-      int steps[3] = {ds[0], ds[1], ds[2]};                                 \
-      return f(s, ss, planes, steps, r);                                    \
-    },                                                                      \
-        #f                                                                  \
-  }
-#define KRO_ENCODE2(f)                                                          \
-  Fn<Encode2> {                                                                 \
-    [](const Kro8u* s, int ss, Kro8u* y, int ys, Kro8u* c, int cs, KroSize r) { \
-      return f(s, ss, y, ys, c, cs, r);                                         \
-    },                                                                          \
-        #f                                                                      \
-  }
-#define KRO_DECODE3(f)                                                      \
-  Fn<Decode3> {                                                             \
-    [](const Kro8u* const* s, const int* ss, Kro8u* d, int ds, KroSize r) { \
-      const Kro8u* planes[3] = {s[0], s[1], s[2]};                          \
-      int steps[3] = {ss[0], ss[1], ss[2]};                                 \
-      return f(planes, steps, d, ds, r);                                    \
-    },                                                                      \
-        #f                                                                  \
-  }
-#define KRO_DECODE2(f)                                                                \
-  Fn<Decode2> {                                                                       \
-    [](const Kro8u* y, int ys, const Kro8u* c, int cs, Kro8u* d, int ds, KroSize r) { \
-      return f(y, ys, c, cs, d, ds, r);                                               \
-    },                                                                                \
-        #f                                                                            \
-  }
+// An export and its name, for the error line.
+#define KRO_FN(f) \
+  { f, #f }
 
 struct Entry {
   Matrix420 matrix;
@@ -74,34 +43,34 @@ std::vector<Entry> Build() {
       {"bt709", "YCbCr studio range, 709 coefficients", false, false}, true, {}, {}, {}, {}, {}};
   Entry yuv{{"yuv", "analog YUV, U and V offset by 128", false, false}, false, {}, {}, {}, {}, {}};
 #if KRO_HAS_kroiRGBToYCbCr420_8u_C3P3R
-  bt601.encode3 = KRO_ENCODE3(kroiRGBToYCbCr420_8u_C3P3R);
+  bt601.encode3 = KRO_FN(kroiRGBToYCbCr420_8u_C3P3R);
 #endif
 #if KRO_HAS_kroiRGBToYCbCr420_8u_C3P2R
-  bt601.encode2 = KRO_ENCODE2(kroiRGBToYCbCr420_8u_C3P2R);
+  bt601.encode2 = KRO_FN(kroiRGBToYCbCr420_8u_C3P2R);
 #endif
 #if KRO_HAS_kroiYCbCr420ToRGB_8u_P3C3R
-  bt601.decode3 = KRO_DECODE3(kroiYCbCr420ToRGB_8u_P3C3R);
+  bt601.decode3 = KRO_FN(kroiYCbCr420ToRGB_8u_P3C3R);
 #endif
 #if KRO_HAS_kroiYCbCr420ToRGB_8u_P2C3R
-  bt601.decodeUV = KRO_DECODE2(kroiYCbCr420ToRGB_8u_P2C3R);
+  bt601.decodeUV = KRO_FN(kroiYCbCr420ToRGB_8u_P2C3R);
 #endif
 #if KRO_HAS_kroiYCrCb420ToRGB_8u_P2C3R
-  bt601.decodeVU = KRO_DECODE2(kroiYCrCb420ToRGB_8u_P2C3R);
+  bt601.decodeVU = KRO_FN(kroiYCrCb420ToRGB_8u_P2C3R);
 #endif
 #if KRO_HAS_kroiBGRToYCbCr420_709CSC_8u_C3P3R
-  bt709.encode3 = KRO_ENCODE3(kroiBGRToYCbCr420_709CSC_8u_C3P3R);
+  bt709.encode3 = KRO_FN(kroiBGRToYCbCr420_709CSC_8u_C3P3R);
 #endif
 #if KRO_HAS_kroiBGRToYCbCr420_709CSC_8u_C3P2R
-  bt709.encode2 = KRO_ENCODE2(kroiBGRToYCbCr420_709CSC_8u_C3P2R);
+  bt709.encode2 = KRO_FN(kroiBGRToYCbCr420_709CSC_8u_C3P2R);
 #endif
 #if KRO_HAS_kroiYCbCr420ToBGR_709CSC_8u_P3C3R
-  bt709.decode3 = KRO_DECODE3(kroiYCbCr420ToBGR_709CSC_8u_P3C3R);
+  bt709.decode3 = KRO_FN(kroiYCbCr420ToBGR_709CSC_8u_P3C3R);
 #endif
 #if KRO_HAS_kroiRGBToYUV420_8u_C3P3R
-  yuv.encode3 = KRO_ENCODE3(kroiRGBToYUV420_8u_C3P3R);
+  yuv.encode3 = KRO_FN(kroiRGBToYUV420_8u_C3P3R);
 #endif
 #if KRO_HAS_kroiYUV420ToRGB_8u_P3C3R
-  yuv.decode3 = KRO_DECODE3(kroiYUV420ToRGB_8u_P3C3R);
+  yuv.decode3 = KRO_FN(kroiYUV420ToRGB_8u_P3C3R);
 #endif
   std::vector<Entry> entries;
   for (Entry& e : {std::ref(bt601), std::ref(bt709), std::ref(yuv)}) {

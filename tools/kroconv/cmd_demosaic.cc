@@ -58,30 +58,21 @@ const Method& FindMethod(const std::string& name) {
   Fail(kExitUsage, "unknown method '" + name + "' (this build has: " + known + ")");
 }
 
-// The adaptive method works in passes over the image's borders whose rows and columns, on a
-// small image, reach a few pixels past it; the output buffer has this margin on every side.
-constexpr int kMargin = 8;
-// It keeps 30 rows of scratch, each at least (width + 6) samples.
+// The adaptive method keeps 30 rows of scratch, each at least (max(width, 6) + 6) samples.
 constexpr int kScratchRows = 30;
 
 template <class T>
 Image Demosaic(const Image& plane, int grid, Run<T> run, const char* function) {
-  const int w = plane.width, h = plane.height, ow = w + 2 * kMargin;
-  const int size = static_cast<int>(sizeof(T));
-  std::vector<T> src(plane.samples.begin(), plane.samples.end());
-  std::vector<T> dst(static_cast<size_t>(ow) * (h + 2 * kMargin) * 3);
-  const int scratchStep = (ow + 6) * size;
+  const int w = plane.width, h = plane.height, size = static_cast<int>(sizeof(T));
+  std::vector<T> src(plane.samples.begin(), plane.samples.end()), dst(src.size() * 3);
+  const int scratchStep = (std::max(w, 6) + 6) * size;
   std::vector<Kro8u> scratch(static_cast<size_t>(scratchStep) * kScratchRows);
-  T* origin = dst.data() + (static_cast<size_t>(kMargin) * ow + kMargin) * 3;
-  CheckStatus(
-      run(src.data(), {w, h}, w * size, origin, ow * 3 * size, grid, scratch.data(), scratchStep),
-      function);
+  CheckStatus(run(src.data(), {w, h}, w * size, dst.data(), w * 3 * size, grid, scratch.data(),
+                  scratchStep),
+              function);
   Image out;
   out.Resize(w, h, 3, plane.bits);
-  for (int y = 0; y < h; ++y)
-    std::copy(origin + static_cast<size_t>(y) * ow * 3,
-              origin + (static_cast<size_t>(y) * ow + w) * 3,
-              out.samples.begin() + static_cast<long>(y) * w * 3);
+  std::copy(dst.begin(), dst.end(), out.samples.begin());
   return out;
 }
 

@@ -47,11 +47,8 @@ int KindCode(const std::string& name) {
 template <class T>
 using Reduce = kroStatus (*)(const T*, int, T*, int, KroSize, int, int, int, Kro8u*);
 
-#define KRO_REDUCE(f, T)                                                                       \
-  [](const T* s, int ss, T* d, int ds, KroSize r, int noise, int kind, int levels, Kro8u* b) { \
-    return f(s, ss, d, ds, r, noise, kind, levels, b);                                         \
-  },                                                                                           \
-      #f
+// An export and its name, for the error line.
+#define KRO_FN(f) f, #f
 
 template <class T>
 struct Forms {
@@ -109,15 +106,12 @@ int Dither(int argc, char** argv) {
   Image image = ReadImage(a.positional[0]);
   progress.Step(1);
   if (image.bits == 8) {
-    Apply<Kro8u>(
-        image, {KRO_REDUCE(kroiReduceBits_8u_C1R, Kro8u), KRO_REDUCE(kroiReduceBits_8u_C3R, Kro8u)},
-        noise, kind, levels);
+    Apply<Kro8u>(image, {KRO_FN(kroiReduceBits_8u_C1R), KRO_FN(kroiReduceBits_8u_C3R)}, noise, kind,
+                 levels);
   } else {
 #if KRO_HAS_DITHER16
-    Apply<Kro16u>(
-        image,
-        {KRO_REDUCE(kroiReduceBits_16u_C1R, Kro16u), KRO_REDUCE(kroiReduceBits_16u_C3R, Kro16u)},
-        noise, kind, levels);
+    Apply<Kro16u>(image, {KRO_FN(kroiReduceBits_16u_C1R), KRO_FN(kroiReduceBits_16u_C3R)}, noise,
+                  kind, levels);
 #else
     Fail(kExitUsage, a.positional[0] + " has 16-bit samples; this build reduces 8-bit images only");
 #endif

@@ -362,7 +362,7 @@ case $CASE in
     ok convert c.ppm c.yuv --to i444 && ok convert c.yuv back.ppm --from i444 --size 9x7
     ok convert c.ppm c.y4m && head -1 c.y4m | grep -q 'C444$' || fail "colour Y4M is not 4:4:4"
     ok convert c.y4m back2.ppm && cmp -s back.ppm back2.ppm || fail "Y4M and raw 4:4:4 differ"
-    expect_error 1 "needs chroma subsampling" c.nv12 -- convert c.ppm c.nv12 --to nv12
+    [ -n "$(m420 to)" ] || expect_error 1 "needs chroma subsampling" c.nv12 -- convert c.ppm c.nv12 --to nv12
     expect_error 1 "unknown matrix 'bt2020'" c2.yuv -- convert c.ppm c2.yuv --to i444 --matrix bt2020
     ;;
   decode_only)
@@ -403,16 +403,18 @@ case $CASE in
       m420 to | grep -qx "$m" || continue
       for l in i420 yv12 nv12 nv21; do
         ok convert c.ppm "c.$l" --to "$l" --matrix "$m"
-        ok convert "c.$l" "back-$l.ppm" --from "$l" --size 10x6 --matrix "$m"
-        "$K" compare c.ppm "back-$l.ppm" | awk '{ exit !($2 <= 4) }' || fail "$m $l round trip: $("$K" compare c.ppm "back-$l.ppm")"
+        ok convert "c.$l" "back-$m-$l.ppm" --from "$l" --size 10x6 --matrix "$m"
+        "$K" compare c.ppm "back-$m-$l.ppm" | awk '{ exit !($2 <= 4) }' ||
+          fail "$m $l round trip: $("$K" compare c.ppm "back-$m-$l.ppm")"
       done
-      cmp -s back-i420.ppm back-yv12.ppm || fail "$m: yv12 and i420 decode differently"
+      cmp -s "back-$m-i420.ppm" "back-$m-yv12.ppm" || fail "$m: yv12 and i420 decode differently"
     done
     # Y4M 4:2:0 decodes as planes.
     m=$(m420 from | head -1)
     if [ -n "$(m420 to | grep -x "$m")" ]; then
-      ok convert c.i420 c.y4m --from i420 --size 10x6 && ok convert c.y4m y4m.ppm --matrix "$m"
-      cmp -s y4m.ppm back-i420.ppm || fail "Y4M 4:2:0 decode differs from i420"
+      ok convert c.ppm c.i420 --to i420 --matrix "$m" && ok convert c.i420 c.y4m --from i420 --size 10x6
+      ok convert c.y4m y4m.ppm --matrix "$m"
+      cmp -s y4m.ppm "back-$m-i420.ppm" || fail "Y4M 4:2:0 decode differs from i420"
     fi
     ;;
   chroma420_decode)
@@ -466,21 +468,22 @@ case $CASE in
     offered demosaic || exit 0
     methods=$("$K" demosaic --help | awk '/^methods/ { on = 1; next } on && /^  / { print $1; next } { on = 0 }')
     [ -n "$methods" ] || fail "demosaic offered without methods"
-    ppm 12 10 >c.ppm
+    ppm 13 11 >c.ppm
     for g in rggb grbg gbrg bggr; do
       # One colour everywhere: every method must give it back exactly, so the grid names agree
       # with the library's grid codes.
       flat 12 10 200 100 40 >f.ppm && ok convert f.ppm f.raw --to bayer --grid $g
-      ok convert c.ppm m.raw --to bayer --grid $g && ok convert m.raw m.pgm --from bayer --size 12x10
+      ok convert c.ppm m.raw --to bayer --grid $g && ok convert m.raw m.pgm --from bayer --size 13x11
       for meth in $methods; do
         ok demosaic f.raw out.ppm --size 12x10 --grid $g --method $meth
         cmp -s f.ppm out.ppm || fail "$meth $g: a flat colour came back as $(samples out.ppm 6 | paste -sd' ')"
-        # Each site keeps its own sample in its own channel.
-        ok demosaic m.raw d.ppm --size 12x10 --grid $g --method $meth
-        samples d.ppm 360 | paste - - - | awk -v g=$g -v w=12 '
+        # Each site keeps its own sample in its own channel (odd sizes, so rows and columns of
+        # both phases end the picture).
+        ok demosaic m.raw d.ppm --size 13x11 --grid $g --method $meth
+        samples d.ppm 429 | paste - - - | awk -v g=$g -v w=13 '
           BEGIN { split(g, c, ""); for (i = 1; i <= 4; i++) ch[i - 1] = c[i] == "r" ? 1 : c[i] == "g" ? 2 : 3 }
           { x = (NR - 1) % w; y = int((NR - 1) / w); print $(ch[(y % 2) * 2 + x % 2]) }' >site.txt
-        samples m.raw 120 >want.txt
+        samples m.raw 143 >want.txt
         cmp -s site.txt want.txt || fail "$meth $g: sites do not keep their samples"
         ok demosaic m.pgm d2.ppm --grid $g --method $meth
         cmp -s d.ppm d2.ppm || fail "$meth $g: PGM input differs from raw input"
@@ -498,6 +501,8 @@ case $CASE in
     offered demosaic || exit 0
     bytes 120 1 >m.raw
     expect_error 1 "demosaic needs --grid" o.png -- demosaic m.raw o.png --size 12x10
+    expect_error 1 "unknown option --levels for 'demosaic'" o.png -- demosaic m.raw o.png --size 12x10 --grid rggb --levels 2
+    expect_error 1 "demosaic wants an input and an output" "" -- demosaic m.raw --size 12x10 --grid rggb
     expect_error 1 "unknown Bayer grid 'rgbg'" o.png -- demosaic m.raw o.png --size 12x10 --grid rgbg
     expect_error 1 "unknown method 'nearest'" o.png -- demosaic m.raw o.png --size 12x10 --grid rggb --method nearest
     expect_error 3 "does not fit a 12x9 8-bit Bayer plane" o.png -- demosaic m.raw o.png --size 12x9 --grid rggb
@@ -563,6 +568,8 @@ case $CASE in
     offered dither || exit 0
     ppm 4 4 >c.ppm
     expect_error 1 "dither needs --levels" o.png -- dither c.ppm o.png
+    expect_error 1 "unknown option --grid for 'dither'" o.png -- dither c.ppm o.png --levels 2 --grid rggb
+    expect_error 1 "--levels wants a whole number" o.png -- dither c.ppm o.png --levels two
     expect_error 1 "--levels wants a whole number in 2..65536" o.png -- dither c.ppm o.png --levels 1
     expect_error 1 "unknown dither kind 'atkinson'" o.png -- dither c.ppm o.png --levels 2 --kind atkinson
     expect_error 1 "--noise wants a whole number in 0..100" o.png -- dither c.ppm o.png --levels 2 --noise 101

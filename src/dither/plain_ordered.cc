@@ -1,0 +1,331 @@
+// ReduceBits kinds 0 (nearest level) and 4 (ordered dither on a 4 by 4 Bayer matrix).
+//
+// Both treat every sample on its own, so a row is a flat run of samples (C1R, C3R, C4R) or a
+// run of pixels whose fourth sample is skipped (AC4R). The vector bodies take sixteen samples a
+// turn in four single-precision vectors and give exactly the per-sample results; the rest of a
+// run goes sample by sample.
+#include "dither/reduce_bits.h"
+#include "frame/checks.h"
+#include "frame/simd.h"
+
+namespace kro::dither {
+namespace {
+
+// ---- Kind 0 -----------------------------------------------------------------------------------
+//
+// Works in a domain normalised to 0..1: u = sample * A, q = trunc(L * u) / L, one more step if
+// the remainder exceeds half a step (strictly), then trunc(q * O) saturated. A is 1/255 for
+// 8-bit sources and 1/65535 for 16-bit ones (none for float samples); O is the destination's
+// top, so unlike kinds 1 to 4 a 16-bit source narrows to bytes by the factor 255, not by a shift.
+
+template <class P>
+struct PlainConstants {
+  float a, l, r, h;
+  explicit PlainConstants(int L)
+      : a(P::kSource == Source::k8u ? 0.003921569f : 1.5259022e-5f),
+        l(static_cast<float>(L)),
+        r(1.0f / static_cast<float>(L)),
+        h(0.5f / static_cast<float>(L)) {}
+};
+
+template <class P>
+int32_t PlainSample(float w, const PlainConstants<P>& k) {
+  const float u = P::kFloatSource ? w : w * k.a;
+  float q = static_cast<float>(Trunc(k.l * u)) * k.r;
+  if (k.h < u - q) q = q + k.r;
+  return Saturate<P::kDest>(Trunc(q * P::kOut));
+}
+
+// ---- Kind 4 -----------------------------------------------------------------------------------
+//
+// Threshold T per pixel from the matrix (and the noise), shared by its channels; the working
+// value is quantised down by trunc(v * I) steps and stepped up when T < remainder (strictly).
+
+// The Bayer matrix, entries / 15 in single precision.
+constexpr float kBayer[4][4] = {
+    {0.0f / 15.0f, 8.0f / 15.0f, 2.0f / 15.0f, 10.0f / 15.0f},
+    {12.0f / 15.0f, 4.0f / 15.0f, 14.0f / 15.0f, 6.0f / 15.0f},
+    {3.0f / 15.0f, 11.0f / 15.0f, 1.0f / 15.0f, 9.0f / 15.0f},
+    {15.0f / 15.0f, 7.0f / 15.0f, 13.0f / 15.0f, 5.0f / 15.0f},
+};
+
+template <class P>
+int32_t OrderedSample(float v, float t, float s, float i) {
+  float q = static_cast<float>(Trunc(v * i)) * s;
+  const float d = v - q;
+  if (t < d) q = q + s;
+  if constexpr (P::kFloatSource) {
+    return Saturate<P::kDest>(Trunc(q * P::kOut));
+  } else {
+    const int32_t n = Trunc(q);
+    return Saturate<P::kDest>(P::kNarrow ? n >> 8 : n);
+  }
+}
+
+// Thresholds of one call.
+struct Thresholds {
+  float step;
+  bool noisy;
+  NoiseTables tables;
+  // Pixels from this column on take the bare matrix entry (see OrderedThresholds).
+  int bareFrom;
+  float At(int x, int y) const {
+    const float m = kBayer[y & 3][x & 3];
+    if (x >= bareFrom) return m;
+    return noisy ? (tables.At(x, y) + m) * step : m * step;
+  }
+};
+
+// With noise, the C4R kernels of every pair and the 8u AC4R path go through the row in groups of
+// four pixels and leave the last width & 3 pixels to a tail that compares against the bare
+// matrix entry, neither scaled by the step nor offset by noise. That tail is kept as it is: in
+// the integer pairs such a threshold is below one unit, so those pixels step up for nearly any
+// remainder, while in the float pairs they mostly stay down.
+template <class P>
+kroStatus OrderedThresholds(const Job& job, Thresholds* t) {
+  t->step = P::Step(job.L);
+  t->noisy = job.noise > 0;
+  t->bareFrom = job.width;
+  if (!t->noisy) return kroStatusOk;
+  if (job.buffer == nullptr) return kroStatusNullPointer;
+  const float n = static_cast<float>(job.noise);
+  t->tables = BuildNoiseTables(AlignWork(job.buffer), -n / 100.0f, n / 100.0f);
+  if (job.code == 5 || (job.code == 4 && P::kSource == Source::k8u && P::kByteDest)) {
+    t->bareFrom = job.width & ~3;
+  }
+  return kroStatusOk;
+}
+
+// ---- Sample access ----------------------------------------------------------------------------
+
+template <class P>
+void PutAt(uint8_t* row, int i, int32_t value) {
+  Store(row + static_cast<std::size_t>(i) * sizeof(typename P::Dst),
+        static_cast<typename P::Dst>(value));
+}
+
+// ---- Scalar kernels ---------------------------------------------------------------------------
+
+template <class P>
+void PlainImageScalar(const Job& job) {
+  const PlainConstants<P> k(job.L);
+  const int ch = ChannelsQuantised(job.code), stride = PixelStride(job.code);
+  for (int y = 0; y < job.height; ++y) {
+    const uint8_t* s = job.SrcRow(y);
+    uint8_t* d = job.DstRow(y);
+    for (int x = 0; x < job.width; ++x) {
+      for (int c = 0; c < ch; ++c) {
+        const int i = x * stride + c;
+        PutAt<P>(d, i, PlainSample<P>(WorkAt<P>(s, i), k));
+      }
+    }
+  }
+}
+
+template <class P>
+void OrderedImageScalar(const Job& job, const Thresholds& th) {
+  const float s = th.step, inv = P::Inverse(job.L);
+  const int ch = ChannelsQuantised(job.code), stride = PixelStride(job.code);
+  for (int y = 0; y < job.height; ++y) {
+    const uint8_t* src = job.SrcRow(y);
+    uint8_t* dst = job.DstRow(y);
+    for (int x = 0; x < job.width; ++x) {
+      const float t = th.At(x, y);
+      for (int c = 0; c < ch; ++c) {
+        const int i = x * stride + c;
+        PutAt<P>(dst, i, OrderedSample<P>(WorkAt<P>(src, i), t, s, inv));
+      }
+    }
+  }
+}
+
+#if KRO_SIMD
+
+// ---- Vector bodies ----------------------------------------------------------------------------
+
+// Sixteen samples as four vectors of working values.
+template <class P>
+void LoadWork16(const uint8_t* p, __m128 w[4]) {
+  const __m128i zero = _mm_setzero_si128();
+  if constexpr (P::kSource == Source::k8u) {
+    const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    const __m128i lo = _mm_unpacklo_epi8(b, zero), hi = _mm_unpackhi_epi8(b, zero);
+    w[0] = _mm_cvtepi32_ps(_mm_unpacklo_epi16(lo, zero));
+    w[1] = _mm_cvtepi32_ps(_mm_unpackhi_epi16(lo, zero));
+    w[2] = _mm_cvtepi32_ps(_mm_unpacklo_epi16(hi, zero));
+    w[3] = _mm_cvtepi32_ps(_mm_unpackhi_epi16(hi, zero));
+  } else if constexpr (P::kWideSource) {
+    // A 16s sample plus 32768 is the sample with its top bit flipped, read as unsigned.
+    const __m128i flip = _mm_set1_epi16(P::kSource == Source::k16s ? -32768 : 0);
+    for (int h = 0; h < 2; ++h) {
+      const __m128i v =
+          _mm_xor_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 16 * h)), flip);
+      w[2 * h] = _mm_cvtepi32_ps(_mm_unpacklo_epi16(v, zero));
+      w[2 * h + 1] = _mm_cvtepi32_ps(_mm_unpackhi_epi16(v, zero));
+    }
+  } else {
+    for (int j = 0; j < 4; ++j) w[j] = _mm_loadu_ps(reinterpret_cast<const float*>(p) + 4 * j);
+  }
+}
+
+// Sixteen 32-bit results saturated onto the destination (packs, as the scalar Saturate).
+template <class P>
+void StoreSaturated16(uint8_t* p, const __m128i t[4]) {
+  if constexpr (P::kByteDest) {
+    const __m128i lo = _mm_packs_epi32(t[0], t[1]), hi = _mm_packs_epi32(t[2], t[3]);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm_packus_epi16(lo, hi));
+  } else {
+    // Negative values to 0 first, so that t - 32768 cannot wrap; then a signed pack saturates
+    // to -32768..32767, which a 16u destination reads back with its top bit flipped.
+    const __m128i zero = _mm_setzero_si128(), bias = _mm_set1_epi32(32768);
+    const __m128i flip = _mm_set1_epi16(P::kDest == Dest::k16u ? -32768 : 0);
+    __m128i u[4];
+    for (int j = 0; j < 4; ++j) {
+      u[j] = _mm_sub_epi32(_mm_andnot_si128(_mm_cmplt_epi32(t[j], zero), t[j]), bias);
+    }
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p),
+                     _mm_xor_si128(_mm_packs_epi32(u[0], u[1]), flip));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 16),
+                     _mm_xor_si128(_mm_packs_epi32(u[2], u[3]), flip));
+  }
+}
+
+// Runs n samples: sixteen a turn through `quant` (four vectors of working values and the
+// index of the first sample to four 32-bit results), the rest through `one` (index to result).
+template <class P, class Quant, class One>
+void RunVector(const uint8_t* s, uint8_t* d, int n, Quant quant, One one) {
+  constexpr std::size_t kIn = sizeof(typename P::Src), kOut = sizeof(typename P::Dst);
+  int i = 0;
+  for (; i + 16 <= n; i += 16) {
+    __m128 w[4];
+    __m128i t[4];
+    LoadWork16<P>(s + i * kIn, w);
+    quant(w, i, t);
+    StoreSaturated16<P>(d + i * kOut, t);
+  }
+  for (; i < n; ++i) PutAt<P>(d, i, one(WorkAt<P>(s, i), i));
+}
+
+template <class P>
+void PlainRunVector(const uint8_t* s, uint8_t* d, int n, const PlainConstants<P>& k) {
+  const __m128 a = _mm_set1_ps(k.a), l = _mm_set1_ps(k.l), r = _mm_set1_ps(k.r),
+               h = _mm_set1_ps(k.h), o = _mm_set1_ps(P::kOut);
+  RunVector<P>(
+      s, d, n,
+      [&](const __m128 w[4], int, __m128i t[4]) {
+        for (int j = 0; j < 4; ++j) {
+          const __m128 u = P::kFloatSource ? w[j] : _mm_mul_ps(w[j], a);
+          __m128 q = _mm_mul_ps(_mm_cvtepi32_ps(_mm_cvttps_epi32(_mm_mul_ps(l, u))), r);
+          q = _mm_add_ps(q, _mm_and_ps(_mm_cmplt_ps(h, _mm_sub_ps(u, q)), r));
+          t[j] = _mm_cvttps_epi32(_mm_mul_ps(q, o));
+        }
+      },
+      [&](float w, int) { return PlainSample<P>(w, k); });
+}
+
+// n samples whose thresholds are thr[0..n).
+template <class P>
+void OrderedRunVector(const uint8_t* s, uint8_t* d, int n, const float* thr, float step,
+                      float inverse) {
+  const __m128 sv = _mm_set1_ps(step), iv = _mm_set1_ps(inverse), o = _mm_set1_ps(P::kOut);
+  RunVector<P>(
+      s, d, n,
+      [&](const __m128 w[4], int i, __m128i t[4]) {
+        for (int j = 0; j < 4; ++j) {
+          __m128 q = _mm_mul_ps(_mm_cvtepi32_ps(_mm_cvttps_epi32(_mm_mul_ps(w[j], iv))), sv);
+          const __m128 up = _mm_cmplt_ps(_mm_loadu_ps(thr + i + 4 * j), _mm_sub_ps(w[j], q));
+          q = _mm_add_ps(q, _mm_and_ps(up, sv));
+          if constexpr (P::kFloatSource) {
+            t[j] = _mm_cvttps_epi32(_mm_mul_ps(q, o));
+          } else {
+            t[j] = _mm_cvttps_epi32(q);
+            if constexpr (P::kNarrow) t[j] = _mm_srai_epi32(t[j], 8);
+          }
+        }
+      },
+      [&](float w, int i) { return OrderedSample<P>(w, thr[i], step, inverse); });
+}
+
+template <class P>
+void PlainImageVector(const Job& job) {
+  if (job.code == 4) return PlainImageScalar<P>(job);  // alpha is skipped sample by sample
+  const PlainConstants<P> k(job.L);
+  const int n = job.width * ChannelsQuantised(job.code);
+  for (int y = 0; y < job.height; ++y) PlainRunVector<P>(job.SrcRow(y), job.DstRow(y), n, k);
+}
+
+// A row is cut into chunks of 240 samples, a whole number of four-pixel matrix periods for one,
+// three and four channels, so without noise the thresholds of the first chunk serve them all.
+constexpr int kChunk = 240;
+
+template <class P>
+void OrderedImageVector(const Job& job, const Thresholds& th) {
+  if (job.code == 4) return OrderedImageScalar<P>(job, th);
+  const int ch = ChannelsQuantised(job.code);
+  const int n = job.width * ch;
+  const float inv = P::Inverse(job.L);
+  constexpr int kIn = sizeof(typename P::Src), kOut = sizeof(typename P::Dst);
+  alignas(16) float thr[kChunk];
+  for (int y = 0; y < job.height; ++y) {
+    const uint8_t* s = job.SrcRow(y);
+    uint8_t* d = job.DstRow(y);
+    for (int i0 = 0; i0 < n; i0 += kChunk) {
+      const int len = n - i0 < kChunk ? n - i0 : kChunk;
+      if (i0 == 0 || th.noisy) {
+        for (int j = 0, x = i0 / ch; j < len; j += ch, ++x) {
+          const float t = th.At(x, y);
+          for (int c = 0; c < ch; ++c) thr[j + c] = t;
+        }
+      }
+      OrderedRunVector<P>(s + i0 * kIn, d + i0 * kOut, len, thr, th.step, inv);
+    }
+  }
+}
+
+#endif  // KRO_SIMD
+
+}  // namespace
+
+template <class P>
+void ReducePlainScalar(const Job& job) {
+  PlainImageScalar<P>(job);
+}
+
+template <class P>
+void ReducePlain(const Job& job) {
+#if KRO_SIMD
+  PlainImageVector<P>(job);
+#else
+  PlainImageScalar<P>(job);
+#endif
+}
+
+template <class P>
+kroStatus ReduceOrderedScalar(const Job& job) {
+  Thresholds th;
+  KRO_CHECK(OrderedThresholds<P>(job, &th));
+  OrderedImageScalar<P>(job, th);
+  return kroStatusOk;
+}
+
+template <class P>
+kroStatus ReduceOrdered(const Job& job) {
+  Thresholds th;
+  KRO_CHECK(OrderedThresholds<P>(job, &th));
+#if KRO_SIMD
+  OrderedImageVector<P>(job, th);
+#else
+  OrderedImageScalar<P>(job, th);
+#endif
+  return kroStatusOk;
+}
+
+#define KRO_INSTANTIATE(P)                         \
+  template void ReducePlain<P>(const Job&);        \
+  template void ReducePlainScalar<P>(const Job&);  \
+  template kroStatus ReduceOrdered<P>(const Job&); \
+  template kroStatus ReduceOrderedScalar<P>(const Job&);
+KRO_DITHER_PAIRS(KRO_INSTANTIATE)
+#undef KRO_INSTANTIATE
+
+}  // namespace kro::dither
