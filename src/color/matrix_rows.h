@@ -269,24 +269,6 @@ inline void StorePlane(uint8_t* p, __m128i v) {
 
 inline __m128i Set16(int v) { return _mm_set1_epi16(static_cast<int16_t>(v)); }
 
-// Sixteen pixels of bytes through a lane formula: widen, compute both halves, pack with the
-// clamp to 0..255. Lane formulas whose first step is x * 256 take their inputs already in the
-// high byte of each lane (kTimes256), which the widening gives for free.
-template <LaneFn kFn, bool kTimes256 = false>
-inline Lanes ConvertBytes(const Lanes& in) {
-  const __m128i zero = _mm_setzero_si128();
-  auto lo8 = [&](__m128i x) {
-    return kTimes256 ? _mm_unpacklo_epi8(zero, x) : _mm_unpacklo_epi8(x, zero);
-  };
-  auto hi8 = [&](__m128i x) {
-    return kTimes256 ? _mm_unpackhi_epi8(zero, x) : _mm_unpackhi_epi8(x, zero);
-  };
-  const Lanes lo = kFn(lo8(in.c0), lo8(in.c1), lo8(in.c2));
-  const Lanes hi = kFn(hi8(in.c0), hi8(in.c1), hi8(in.c2));
-  return {_mm_packus_epi16(lo.c0, hi.c0), _mm_packus_epi16(lo.c1, hi.c1),
-          _mm_packus_epi16(lo.c2, hi.c2)};
-}
-
 // Packed rows have stride 3 or 4 (component k at ptr[k] = row + k, or row + 2 - k for rows
 // stored backwards such as BGR), planar rows stride 1.
 template <int kPixels>

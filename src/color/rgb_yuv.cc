@@ -15,7 +15,7 @@ using namespace kro::color;
 #if KRO_SIMD
 // The block formulas on eight 16-bit lanes per component (inputs 0..255, outputs before the
 // final clamp, which the pack to bytes applies).
-// Inputs arrive as R * 256, G * 256, B * 256 (see ConvertBytes); the chroma lanes take them
+// Inputs arrive as R * 256, G * 256, B * 256 (see LoadWords); the chroma lanes take them
 // at * 128.
 inline Lanes ForwardLanesA(__m128i r8, __m128i g8, __m128i b8) {
   const __m128i y = _mm_srli_epi16(
