@@ -3,13 +3,17 @@
 // Every case reports bytes_per_second over its input plus output bytes, and a counter
 // "x_memcpy": its speed divided by the speed of memcpy moving the same total traffic
 // ((input + output) / 2 bytes copied), timed in the same process right after the case.
+// Both sides are timed in the thread's CPU time, so a ratio taken on a busy machine is not
+// skewed by the time the process spends waiting for a core.
 #pragma once
 
 #include <benchmark/benchmark.h>
 
 #include "krocc.h"
 
-#include <chrono>
+#include <time.h>
+
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <random>
@@ -18,6 +22,13 @@
 #include <vector>
 
 namespace kro::bench {
+
+// CPU time of the calling thread, in seconds.
+inline double ThreadSeconds() {
+  timespec t;
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
+  return static_cast<double>(t.tv_sec) + 1e-9 * static_cast<double>(t.tv_nsec);
+}
 
 // Sizes every family is timed at.
 inline constexpr int kFullW = 1920, kFullH = 1080;
@@ -47,13 +58,12 @@ inline double MemcpySeconds(std::size_t bytes) {
   double best = 1e30;
   const int reps = bytes > (1u << 20) ? 20 : 2000;
   for (int round = 0; round < 5; ++round) {
-    auto t0 = std::chrono::steady_clock::now();
+    const double t0 = ThreadSeconds();
     for (int i = 0; i < reps; ++i) {
       std::memcpy(b.data(), a.data(), bytes);
       benchmark::ClobberMemory();
     }
-    auto t1 = std::chrono::steady_clock::now();
-    best = std::min(best, std::chrono::duration<double>(t1 - t0).count() / reps);
+    best = std::min(best, (ThreadSeconds() - t0) / reps);
   }
   benchmark::DoNotOptimize(b.data());
   return best;
@@ -62,15 +72,14 @@ inline double MemcpySeconds(std::size_t bytes) {
 // Runs `body` in the benchmark loop and reports throughput and the memcpy ratio.
 template <class Body>
 void RunConversion(benchmark::State& state, std::size_t inBytes, std::size_t outBytes, Body body) {
-  auto t0 = std::chrono::steady_clock::now();
+  const double t0 = ThreadSeconds();
   int64_t n = 0;
   for (auto _ : state) {
     body();
     benchmark::ClobberMemory();
     ++n;
   }
-  auto t1 = std::chrono::steady_clock::now();
-  const double perCall = std::chrono::duration<double>(t1 - t0).count() / static_cast<double>(n);
+  const double perCall = (ThreadSeconds() - t0) / static_cast<double>(n);
   const std::size_t traffic = inBytes + outBytes;
   state.SetBytesProcessed(n * static_cast<int64_t>(traffic));
   state.counters["x_memcpy"] = MemcpySeconds(traffic / 2) / perCall;
