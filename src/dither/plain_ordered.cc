@@ -4,6 +4,8 @@
 // run of pixels whose fourth sample is skipped (AC4R). The vector bodies take sixteen samples a
 // turn in four single-precision vectors and give exactly the per-sample results; the rest of a
 // run goes sample by sample.
+#include <algorithm>
+
 #include "dither/reduce_bits.h"
 #include "frame/checks.h"
 #include "frame/simd.h"
@@ -246,12 +248,199 @@ void OrderedRunVector(const uint8_t* s, uint8_t* d, int n, const float* thr, flo
       [&](float w, int i) { return OrderedSample<P>(w, thr[i], step, inverse); });
 }
 
+// ---- Byte tables for 8-bit samples ----------------------------------------------------------
+//
+// With an 8-bit source and destination, kind 0 maps each byte value to one result, and kind 4
+// without noise maps a byte value and a matrix cell to one. Both are tabulated per call from the
+// per-sample arithmetic above and then applied with byte shuffles, so every result is one the
+// per-sample code gives; a call whose tables do not fit the shuffles' form takes the float body.
+
+// Kind 0 as a function of the byte: the value at the start of each run of sixteen (high nibble)
+// plus, for each change inside the run, a difference added from its low-nibble position on. Most
+// level counts change at most once or twice per run; a table with more changes than kMaxSteps in
+// one run is left to the float body.
+constexpr int kMaxSteps = 3;
+
+struct ByteSteps {
+  int steps;  // changes per run, 0..kMaxSteps
+  alignas(16) uint8_t base[16];
+  alignas(16) uint8_t from[kMaxSteps][16];  // low-nibble position - 1; 15 never fires
+  alignas(16) uint8_t add[kMaxSteps][16];   // difference, modulo 256
+
+  bool Build(const uint8_t (&table)[256]) {
+    steps = 0;
+    for (int h = 0; h < 16; ++h) {
+      const uint8_t* run = table + 16 * h;
+      base[h] = run[0];
+      int k = 0;
+      for (int l = 1; l < 16; ++l) {
+        if (run[l] == run[l - 1]) continue;
+        if (k == kMaxSteps) return false;
+        from[k][h] = static_cast<uint8_t>(l - 1);
+        add[k][h] = static_cast<uint8_t>(run[l] - run[l - 1]);
+        ++k;
+      }
+      for (int j = k; j < kMaxSteps; ++j) from[j][h] = 15, add[j][h] = 0;
+      steps = k > steps ? k : steps;
+    }
+    return true;
+  }
+};
+
+template <int kSteps>
+void ByteStepsRun(const uint8_t* s, uint8_t* d, int n, const ByteSteps& t) {
+  const __m128i nibble = _mm_set1_epi8(15);
+  const __m128i base = _mm_load_si128(reinterpret_cast<const __m128i*>(t.base));
+  __m128i from[kSteps > 0 ? kSteps : 1], add[kSteps > 0 ? kSteps : 1];
+  for (int j = 0; j < kSteps; ++j) {
+    from[j] = _mm_load_si128(reinterpret_cast<const __m128i*>(t.from[j]));
+    add[j] = _mm_load_si128(reinterpret_cast<const __m128i*>(t.add[j]));
+  }
+  int i = 0;
+  for (; i + 16 <= n; i += 16) {
+    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
+    const __m128i hi = _mm_and_si128(_mm_srli_epi16(v, 4), nibble), lo = _mm_and_si128(v, nibble);
+    __m128i r = _mm_shuffle_epi8(base, hi);
+    for (int j = 0; j < kSteps; ++j) {
+      const __m128i on = _mm_cmpgt_epi8(lo, _mm_shuffle_epi8(from[j], hi));
+      r = _mm_add_epi8(r, _mm_and_si128(on, _mm_shuffle_epi8(add[j], hi)));
+    }
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(d + i), r);
+  }
+  for (; i < n; ++i) {
+    const int v = s[i], h = v >> 4, l = v & 15;
+    int r = t.base[h];
+    for (int j = 0; j < kSteps; ++j) r += l > t.from[j][h] ? t.add[j][h] : 0;
+    d[i] = static_cast<uint8_t>(r);
+  }
+}
+
+// Kind 0 on 8u rows through the byte table; false (nothing written) when it does not fit.
+template <class P>
+bool PlainImageBytes(const Job& job, const PlainConstants<P>& k) {
+  if constexpr (P::kSource != Source::k8u || !P::kByteDest) {
+    return false;
+  } else {
+    uint8_t table[256];
+    for (int v = 0; v < 256; ++v) table[v] = static_cast<uint8_t>(PlainSample<P>(P::Work(v), k));
+    ByteSteps t;
+    if (!t.Build(table)) return false;
+    const int n = job.width * ChannelsQuantised(job.code);
+    using Run = void (*)(const uint8_t*, uint8_t*, int, const ByteSteps&);
+    constexpr Run kRuns[] = {ByteStepsRun<0>, ByteStepsRun<1>, ByteStepsRun<2>, ByteStepsRun<3>};
+    static_assert(sizeof(kRuns) / sizeof(kRuns[0]) == kMaxSteps + 1, "one run per step count");
+    for (int y = 0; y < job.height; ++y) kRuns[t.steps](job.SrcRow(y), job.DstRow(y), n, t);
+    return true;
+  }
+}
+
 template <class P>
 void PlainImageVector(const Job& job) {
   if (job.code == 4) return PlainImageScalar<P>(job);  // alpha is skipped sample by sample
   const PlainConstants<P> k(job.L);
+  if (PlainImageBytes<P>(job, k)) return;
   const int n = job.width * ChannelsQuantised(job.code);
   for (int y = 0; y < job.height; ++y) PlainRunVector<P>(job.SrcRow(y), job.DstRow(y), n, k);
+}
+
+// Kind 4 without noise on 8u, up to 16 levels. The step count below a sample, trunc(v * I), is
+// the high half of v * M for a 16-bit M, and the low half orders the remainders: for each matrix
+// cell the samples that step up are exactly those whose low half exceeds a bound. M and the
+// bounds are found from the per-sample arithmetic over all 256 values and 16 cells; the result
+// is then low[k] or low[k] + rise[k] for step count k.
+struct OrderedBytes {
+  uint16_t mul;
+  alignas(16) uint8_t low[16];
+  alignas(16) uint8_t rise[16];  // modulo 256
+  int16_t bound[4][4];           // per matrix cell, with the top bit flipped for a signed compare
+
+  template <class P>
+  bool Build(float s, float inv) {
+    int k[256];
+    for (int v = 0; v < 256; ++v) k[v] = Trunc(P::Work(v) * inv);
+    if (k[0] != 0 || k[255] > 15) return false;
+    // M with k = (v * M) >> 16 for every v: the intersection of each sample's interval.
+    int64_t lo = 0, hi = 65535;
+    for (int v = 1; v < 256; ++v) {
+      lo = std::max<int64_t>(lo, (int64_t{k[v]} * 65536 + v - 1) / v);
+      hi = std::min<int64_t>(hi, ((int64_t{k[v]} + 1) * 65536 + v - 1) / v - 1);
+    }
+    if (lo > hi) return false;
+    mul = static_cast<uint16_t>(lo);
+    for (int j = 0; j < 16; ++j) {
+      const float q = static_cast<float>(j) * s;
+      const int32_t down = Saturate<P::kDest>(Trunc(q)), up = Saturate<P::kDest>(Trunc(q + s));
+      low[j] = static_cast<uint8_t>(down);
+      rise[j] = static_cast<uint8_t>(up - down);
+    }
+    for (int cy = 0; cy < 4; ++cy)
+      for (int cx = 0; cx < 4; ++cx) {
+        const float t = kBayer[cy][cx] * s;
+        int stay = -1, climb = 65536;  // largest low half that stays, smallest that steps up
+        for (int v = 0; v < 256; ++v) {
+          const int frac = (v * mul) & 0xFFFF;
+          const float w = P::Work(v);
+          if (t < w - static_cast<float>(k[v]) * s) {
+            climb = std::min(climb, frac);
+          } else {
+            stay = std::max(stay, frac);
+          }
+        }
+        if (stay < 0 || stay >= climb) return false;
+        bound[cy][cx] = static_cast<int16_t>(stay ^ 0x8000);
+      }
+    return true;
+  }
+};
+
+// n samples of one row; pattern[i % 48] is the bound of sample i's matrix cell (48 samples are
+// whole four-pixel periods for one, three and four channels).
+inline void OrderedBytesRun(const uint8_t* s, uint8_t* d, int n, const OrderedBytes& t,
+                            const int16_t* pattern) {
+  const __m128i zero = _mm_setzero_si128(), flip = _mm_set1_epi16(-32768);
+  const __m128i m = _mm_set1_epi16(static_cast<int16_t>(t.mul));
+  const __m128i low = _mm_load_si128(reinterpret_cast<const __m128i*>(t.low));
+  const __m128i rise = _mm_load_si128(reinterpret_cast<const __m128i*>(t.rise));
+  int i = 0, p = 0;
+  for (; i + 16 <= n; i += 16) {
+    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
+    const __m128i a = _mm_unpacklo_epi8(v, zero), b = _mm_unpackhi_epi8(v, zero);
+    const __m128i k = _mm_packus_epi16(_mm_mulhi_epu16(a, m), _mm_mulhi_epu16(b, m));
+    const __m128i fa = _mm_xor_si128(_mm_mullo_epi16(a, m), flip);
+    const __m128i fb = _mm_xor_si128(_mm_mullo_epi16(b, m), flip);
+    const __m128i up = _mm_packs_epi16(
+        _mm_cmpgt_epi16(fa, _mm_load_si128(reinterpret_cast<const __m128i*>(pattern + p))),
+        _mm_cmpgt_epi16(fb, _mm_load_si128(reinterpret_cast<const __m128i*>(pattern + p + 8))));
+    const __m128i r =
+        _mm_add_epi8(_mm_shuffle_epi8(low, k), _mm_and_si128(up, _mm_shuffle_epi8(rise, k)));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(d + i), r);
+    p = p == 32 ? 0 : p + 16;
+  }
+  for (; i < n; ++i) {
+    const int prod = s[i] * t.mul, k = prod >> 16;
+    const bool up = static_cast<int16_t>((prod & 0xFFFF) ^ 0x8000) > pattern[i % 48];
+    d[i] = static_cast<uint8_t>(t.low[k] + (up ? t.rise[k] : 0));
+  }
+}
+
+// Kind 4 without noise on 8u rows through OrderedBytes; false (nothing written) when the call's
+// level count does not fit it.
+template <class P>
+bool OrderedImageBytes(const Job& job, const Thresholds& th) {
+  if constexpr (P::kSource != Source::k8u || !P::kByteDest) {
+    return false;
+  } else {
+    if (th.noisy) return false;
+    OrderedBytes t;
+    if (!t.Build<P>(th.step, P::Inverse(job.L))) return false;
+    const int ch = ChannelsQuantised(job.code), n = job.width * ch;
+    alignas(16) int16_t pattern[4][48];
+    for (int cy = 0; cy < 4; ++cy)
+      for (int i = 0; i < 48; ++i) pattern[cy][i] = t.bound[cy][(i / ch) & 3];
+    for (int y = 0; y < job.height; ++y)
+      OrderedBytesRun(job.SrcRow(y), job.DstRow(y), n, t, pattern[y & 3]);
+    return true;
+  }
 }
 
 // A row is cut into chunks of 240 samples, a whole number of four-pixel matrix periods for one,
@@ -261,6 +450,7 @@ constexpr int kChunk = 240;
 template <class P>
 void OrderedImageVector(const Job& job, const Thresholds& th) {
   if (job.code == 4) return OrderedImageScalar<P>(job, th);
+  if (OrderedImageBytes<P>(job, th)) return;
   const int ch = ChannelsQuantised(job.code);
   const int n = job.width * ch;
   const float inv = P::Inverse(job.L);
