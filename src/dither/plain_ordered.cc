@@ -297,6 +297,7 @@ void ByteStepsRun(const uint8_t* s, uint8_t* d, int n, const ByteSteps& t) {
     add[j] = _mm_load_si128(reinterpret_cast<const __m128i*>(t.add[j]));
   }
   int i = 0;
+#pragma GCC unroll 2
   for (; i + 16 <= n; i += 16) {
     const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
     const __m128i hi = _mm_and_si128(_mm_srli_epi16(v, 4), nibble), lo = _mm_and_si128(v, nibble);
