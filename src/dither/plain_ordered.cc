@@ -256,10 +256,11 @@ void OrderedRunVector(const uint8_t* s, uint8_t* d, int n, const float* thr, flo
 // per-sample code gives; a call whose tables do not fit the shuffles' form takes the float body.
 
 // Kind 0 as a function of the byte: the value at the start of each run of sixteen (high nibble)
-// plus, for each change inside the run, a difference added from its low-nibble position on. Most
-// level counts change at most once or twice per run; a table with more changes than kMaxSteps in
-// one run is left to the float body.
-constexpr int kMaxSteps = 3;
+// plus, for each change inside the run, a difference added from its low-nibble position on. Up to
+// 16 levels change once per run, 32 twice, around 140 eight times; each change costs
+// about a sixth of the float body, so tables with more than kMaxSteps changes in one run are left
+// to it.
+constexpr int kMaxSteps = 8;
 
 struct ByteSteps {
   int steps;  // changes per run, 0..kMaxSteps
@@ -328,7 +329,9 @@ bool PlainImageBytes(const Job& job, const PlainConstants<P>& k) {
     if (!t.Build(table)) return false;
     const int n = job.width * ChannelsQuantised(job.code);
     using Run = void (*)(const uint8_t*, uint8_t*, int, const ByteSteps&);
-    constexpr Run kRuns[] = {ByteStepsRun<0>, ByteStepsRun<1>, ByteStepsRun<2>, ByteStepsRun<3>};
+    constexpr Run kRuns[] = {ByteStepsRun<0>, ByteStepsRun<1>, ByteStepsRun<2>,
+                             ByteStepsRun<3>, ByteStepsRun<4>, ByteStepsRun<5>,
+                             ByteStepsRun<6>, ByteStepsRun<7>, ByteStepsRun<8>};
     static_assert(sizeof(kRuns) / sizeof(kRuns[0]) == kMaxSteps + 1, "one run per step count");
     for (int y = 0; y < job.height; ++y) kRuns[t.steps](job.SrcRow(y), job.DstRow(y), n, t);
     return true;
