@@ -611,11 +611,12 @@ TEST(ReduceBitsVector, MatchesScalarTwins) {
   CompareWithScalar<dither::P32f16s>(rng);
 }
 
-// 8u kinds 0 and 4 (without noise) go through per-call byte tables when the level count allows.
+// 8u kinds 0 and 4 (without noise) go through per-call byte tables when the level count allows
+// (AC4R by sample, leaving alpha).
 // Every level count, every byte value in every matrix cell (sample i of a C1R row holds i / 4,
 // so cell i & 3 meets all 256 values; four rows give the four matrix rows), odd tails.
 TEST(ReduceBitsVector, ByteTablesAtEveryLevelCount) {
-  for (int code : {1, 3, 5}) {
+  for (int code : {1, 3, 4, 5}) {
     const int n = 1024 + 13, w = n / dither::PixelStride(code);
     Plane src(n, 4, n + 5, 1), a(n, 4, n + 3, 2), b(n, 4, n + 3, 2);
     for (int y = 0; y < 4; ++y)

@@ -317,7 +317,8 @@ void ByteStepsRun(const uint8_t* s, uint8_t* d, int n, const ByteSteps& t) {
   }
 }
 
-// Kind 0 on 8u rows through the byte table; false (nothing written) when it does not fit.
+// Kind 0 on 8u rows through the byte table (AC4R by plain look-up); false (nothing written) when
+// it does not fit.
 template <class P>
 bool PlainImageBytes(const Job& job, const PlainConstants<P>& k) {
   if constexpr (P::kSource != Source::k8u || !P::kByteDest) {
@@ -325,6 +326,15 @@ bool PlainImageBytes(const Job& job, const PlainConstants<P>& k) {
   } else {
     uint8_t table[256];
     for (int v = 0; v < 256; ++v) table[v] = static_cast<uint8_t>(PlainSample<P>(P::Work(v), k));
+    if (job.code == 4) {  // pixel by pixel, the alpha byte untouched
+      for (int y = 0; y < job.height; ++y) {
+        const uint8_t* s = job.SrcRow(y);
+        uint8_t* d = job.DstRow(y);
+        for (int i = 0; i < 4 * job.width; i += 4)
+          for (int c = 0; c < 3; ++c) d[i + c] = table[s[i + c]];
+      }
+      return true;
+    }
     ByteSteps t;
     if (!t.Build(table)) return false;
     const int n = job.width * ChannelsQuantised(job.code);
@@ -340,9 +350,9 @@ bool PlainImageBytes(const Job& job, const PlainConstants<P>& k) {
 
 template <class P>
 void PlainImageVector(const Job& job) {
-  if (job.code == 4) return PlainImageScalar<P>(job);  // alpha is skipped sample by sample
   const PlainConstants<P> k(job.L);
   if (PlainImageBytes<P>(job, k)) return;
+  if (job.code == 4) return PlainImageScalar<P>(job);  // alpha is skipped sample by sample
   const int n = job.width * ChannelsQuantised(job.code);
   for (int y = 0; y < job.height; ++y) PlainRunVector<P>(job.SrcRow(y), job.DstRow(y), n, k);
 }
@@ -395,6 +405,12 @@ struct OrderedBytes {
       }
     return true;
   }
+  // One sample v against the bound of its cell.
+  uint8_t At(int v, int16_t cellBound) const {
+    const int prod = v * mul, k = prod >> 16;
+    const bool up = static_cast<int16_t>((prod & 0xFFFF) ^ 0x8000) > cellBound;
+    return static_cast<uint8_t>(low[k] + (up ? rise[k] : 0));
+  }
 };
 
 // n samples of one row; pattern[i % 48] is the bound of sample i's matrix cell (48 samples are
@@ -420,15 +436,11 @@ inline void OrderedBytesRun(const uint8_t* s, uint8_t* d, int n, const OrderedBy
     _mm_storeu_si128(reinterpret_cast<__m128i*>(d + i), r);
     p = p == 32 ? 0 : p + 16;
   }
-  for (; i < n; ++i) {
-    const int prod = s[i] * t.mul, k = prod >> 16;
-    const bool up = static_cast<int16_t>((prod & 0xFFFF) ^ 0x8000) > pattern[i % 48];
-    d[i] = static_cast<uint8_t>(t.low[k] + (up ? t.rise[k] : 0));
-  }
+  for (; i < n; ++i) d[i] = t.At(s[i], pattern[i % 48]);
 }
 
-// Kind 4 without noise on 8u rows through OrderedBytes; false (nothing written) when the call's
-// level count does not fit it.
+// Kind 4 without noise on 8u rows through OrderedBytes (AC4R sample by sample); false (nothing
+// written) when the call's level count does not fit it.
 template <class P>
 bool OrderedImageBytes(const Job& job, const Thresholds& th) {
   if constexpr (P::kSource != Source::k8u || !P::kByteDest) {
@@ -437,6 +449,15 @@ bool OrderedImageBytes(const Job& job, const Thresholds& th) {
     if (th.noisy) return false;
     OrderedBytes t;
     if (!t.Build<P>(th.step, P::Inverse(job.L))) return false;
+    if (job.code == 4) {  // pixel by pixel, the alpha byte untouched
+      for (int y = 0; y < job.height; ++y) {
+        const uint8_t* s = job.SrcRow(y);
+        uint8_t* d = job.DstRow(y);
+        for (int x = 0; x < job.width; ++x)
+          for (int c = 0; c < 3; ++c) d[4 * x + c] = t.At(s[4 * x + c], t.bound[y & 3][x & 3]);
+      }
+      return true;
+    }
     const int ch = ChannelsQuantised(job.code), n = job.width * ch;
     alignas(16) int16_t pattern[4][48];
     for (int cy = 0; cy < 4; ++cy)
@@ -453,8 +474,8 @@ constexpr int kChunk = 240;
 
 template <class P>
 void OrderedImageVector(const Job& job, const Thresholds& th) {
-  if (job.code == 4) return OrderedImageScalar<P>(job, th);
   if (OrderedImageBytes<P>(job, th)) return;
+  if (job.code == 4) return OrderedImageScalar<P>(job, th);
   const int ch = ChannelsQuantised(job.code);
   const int n = job.width * ch;
   const float inv = P::Inverse(job.L);
