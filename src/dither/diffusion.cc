@@ -298,16 +298,14 @@ struct Lanes {
     }
     return _mm_load_ps(f);
   }
-  // Outputs of four lanes, and their errors; with `lastOnly` only the band's last lane keeps its
-  // error in the ring.
-  void Store(int v, int t, __m128 err, __m128i out, bool lastOnly = false) const {
+  void Store(int v, int t, __m128 err, __m128i out) const {
     alignas(16) float e[4];
     alignas(16) int32_t o[4];
     _mm_store_ps(e, err);
     _mm_store_si128(reinterpret_cast<__m128i*>(o), out);
     for (int l = 0; l < 4; ++l) {
       const int j = 4 * v + l, x = Column(j, t);
-      if (!lastOnly || j == K - 1) ring.Written(r0 + j)[x] = e[l];
+      ring.Written(r0 + j)[x] = e[l];
       Put<P>(row[j].dst, x * ring.stride, o[l]);
     }
   }
@@ -337,11 +335,6 @@ void FloydBand(const FloydRing<P>& ring, int r0) {
   const __m128 three = _mm_set1_ps(3.0f), five = _mm_set1_ps(5.0f), seven = _mm_set1_ps(7.0f),
                norm = _mm_set1_ps(0.0625f);
   const float* above = ring.Above(r0);
-  // Inside the band, lane j takes the errors of lane j - 1 from registers, so the ring needs only
-  // the last lane's row (the next band's row above) until the final steps: from step w - 3 on,
-  // lane j - 1 writes the columns that lane j reads from the ring when it ends its row sample by
-  // sample. Later lanes never overwrite those before they are read.
-  const int lastSteps = w - 3;
   for (int t = t0; t < w; ++t) {
     __m128 before1 = _mm_set1_ps(above[t + 1]), before2 = _mm_set1_ps(above[t]),
            before3 = _mm_set1_ps(above[t - 1]);
@@ -361,7 +354,7 @@ void FloydBand(const FloydRing<P>& ring, int r0) {
       s = _mm_add_ps(s, _mm_mul_ps(seven, e1[v]));
       const __m128 val = _mm_add_ps(lanes.Work(v, t), _mm_mul_ps(s, norm));
       const __m128i out = vq.Apply(val, lanes.Threshold(v, t, vq.half), &next[v]);
-      lanes.Store(v, t, next[v], out, t < lastSteps);
+      lanes.Store(v, t, next[v], out);
     }
     for (int v = 0; v < kVectors; ++v) {
       e3[v] = e2[v];
