@@ -614,15 +614,16 @@ TEST(ReduceBitsVector, MatchesScalarTwins) {
 // 8u kinds 0 and 4 (without noise) go through per-call byte tables when the level count allows
 // (AC4R by sample, leaving alpha).
 // Every level count, every byte value in every matrix cell (sample i of a C1R row holds i / 4,
-// so cell i & 3 meets all 256 values; four rows give the four matrix rows), odd tails.
+// so cell i & 3 meets all 256 values; eight rows give the matrix rows twice), odd tails, images
+// large enough for the tables.
 TEST(ReduceBitsVector, ByteTablesAtEveryLevelCount) {
   for (int code : {1, 3, 4, 5}) {
     const int n = 1024 + 13, w = n / dither::PixelStride(code);
-    Plane src(n, 4, n + 5, 1), a(n, 4, n + 3, 2), b(n, 4, n + 3, 2);
-    for (int y = 0; y < 4; ++y)
+    Plane src(n, 8, n + 5, 1), a(n, 8, n + 3, 2), b(n, 8, n + 3, 2);
+    for (int y = 0; y < 8; ++y)
       for (int i = 0; i < n; ++i) src.row(y)[i] = uint8_t((i >> 2) + 37 * y);
     for (int L = 1; L <= 255; ++L) {
-      dither::Job job{src.data(), src.step(), a.data(), a.step(), w, 4, code, L, 0, 4, nullptr};
+      dither::Job job{src.data(), src.step(), a.data(), a.step(), w, 8, code, L, 0, 4, nullptr};
       dither::ReducePlain<dither::P8u>(job);
       job.dst = b.data();
       dither::ReducePlainScalar<dither::P8u>(job);

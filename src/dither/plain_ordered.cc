@@ -44,6 +44,7 @@ int32_t PlainSample(float w, const PlainConstants<P>& k) {
 // value is quantised down by trunc(v * I) steps and stepped up when T < remainder (strictly).
 
 // The Bayer matrix, entries / 15 in single precision.
+constexpr int kBayerValue[4][4] = {{0, 8, 2, 10}, {12, 4, 14, 6}, {3, 11, 1, 9}, {15, 7, 13, 5}};
 constexpr float kBayer[4][4] = {
     {0.0f / 15.0f, 8.0f / 15.0f, 2.0f / 15.0f, 10.0f / 15.0f},
     {12.0f / 15.0f, 4.0f / 15.0f, 14.0f / 15.0f, 6.0f / 15.0f},
@@ -324,8 +325,10 @@ bool PlainImageBytes(const Job& job, const PlainConstants<P>& k) {
   if constexpr (P::kSource != Source::k8u || !P::kByteDest) {
     return false;
   } else {
-    uint8_t table[256];
-    for (int v = 0; v < 256; ++v) table[v] = static_cast<uint8_t>(PlainSample<P>(P::Work(v), k));
+    // The 256 results through the float body, which gives the per-sample results.
+    alignas(16) uint8_t values[256], table[256];
+    for (int v = 0; v < 256; ++v) values[v] = static_cast<uint8_t>(v);
+    PlainRunVector<P>(values, table, 256, k);
     if (job.code == 4) {  // pixel by pixel, the alpha byte untouched
       for (int y = 0; y < job.height; ++y) {
         const uint8_t* s = job.SrcRow(y);
@@ -368,16 +371,24 @@ struct OrderedBytes {
   alignas(16) uint8_t rise[16];  // modulo 256
   int16_t bound[4][4];           // per matrix cell, with the top bit flipped for a signed compare
 
+  // A call runs in 1 to 2 microseconds: only the first and last sample of each step bound M,
+  // and each sample meets the matrix thresholds in their order.
   template <class P>
   bool Build(float s, float inv) {
-    int k[256];
-    for (int v = 0; v < 256; ++v) k[v] = Trunc(P::Work(v) * inv);
-    if (k[0] != 0 || k[255] > 15) return false;
-    // M with k = (v * M) >> 16 for every v: the intersection of each sample's interval.
+    uint8_t k[256];
+    for (int v = 0; v < 256; ++v) {
+      const int32_t n = Trunc(P::Work(v) * inv);
+      if (n < 0 || n > 15 || (v > 0 && n < k[v - 1])) return false;
+      k[v] = static_cast<uint8_t>(n);
+    }
+    if (k[0] != 0) return false;
+    // M with k = (v * M) >> 16 for every v: within a step the first sample bounds M from below
+    // and the last from above.
     int64_t lo = 0, hi = 65535;
     for (int v = 1; v < 256; ++v) {
-      lo = std::max<int64_t>(lo, (int64_t{k[v]} * 65536 + v - 1) / v);
-      hi = std::min<int64_t>(hi, ((int64_t{k[v]} + 1) * 65536 + v - 1) / v - 1);
+      if (k[v] != k[v - 1]) lo = std::max<int64_t>(lo, (int64_t{k[v]} * 65536 + v - 1) / v);
+      if (v == 255 || k[v + 1] != k[v])
+        hi = std::min<int64_t>(hi, ((int64_t{k[v]} + 1) * 65536 + v - 1) / v - 1);
     }
     if (lo > hi) return false;
     mul = static_cast<uint16_t>(lo);
@@ -387,22 +398,36 @@ struct OrderedBytes {
       low[j] = static_cast<uint8_t>(down);
       rise[j] = static_cast<uint8_t>(up - down);
     }
+    // Thresholds by matrix value N (cell entries N / 15), which must rise strictly with N; a
+    // sample then steps up for exactly the N below its count c of thresholds under its remainder.
+    float t[16];
     for (int cy = 0; cy < 4; ++cy)
-      for (int cx = 0; cx < 4; ++cx) {
-        const float t = kBayer[cy][cx] * s;
-        int stay = -1, climb = 65536;  // largest low half that stays, smallest that steps up
-        for (int v = 0; v < 256; ++v) {
-          const int frac = (v * mul) & 0xFFFF;
-          const float w = P::Work(v);
-          if (t < w - static_cast<float>(k[v]) * s) {
-            climb = std::min(climb, frac);
-          } else {
-            stay = std::max(stay, frac);
-          }
-        }
-        if (stay < 0 || stay >= climb) return false;
-        bound[cy][cx] = static_cast<int16_t>(stay ^ 0x8000);
-      }
+      for (int cx = 0; cx < 4; ++cx) t[kBayerValue[cy][cx]] = kBayer[cy][cx] * s;
+    for (int n = 1; n < 16; ++n)
+      if (!(t[n - 1] < t[n])) return false;
+    int most[17], least[17];  // per count c: largest and smallest low half
+    for (int c = 0; c <= 16; ++c) most[c] = -1, least[c] = 65536;
+    for (int v = 0; v < 256; ++v) {
+      const float d = P::Work(v) - static_cast<float>(k[v]) * s;
+      int c = 0;
+      while (c < 16 && t[c] < d) ++c;
+      if (((v * mul) >> 16) != k[v]) return false;
+      const int frac = (v * mul) & 0xFFFF;
+      most[c] = std::max(most[c], frac);
+      least[c] = std::min(least[c], frac);
+    }
+    // Value N: the samples that stay have counts up to N, those that step up counts above N.
+    int stay[16], climb = 65536;
+    for (int n = 15, run = 65536; n >= 0; --n) {
+      run = std::min(run, least[n + 1]);
+      climb = run;
+      stay[n] = -1;
+      for (int c = 0; c <= n; ++c) stay[n] = std::max(stay[n], most[c]);
+      if (stay[n] < 0 || stay[n] >= climb) return false;
+    }
+    for (int cy = 0; cy < 4; ++cy)
+      for (int cx = 0; cx < 4; ++cx)
+        bound[cy][cx] = static_cast<int16_t>(stay[kBayerValue[cy][cx]] ^ 0x8000);
     return true;
   }
   // One sample v against the bound of its cell.
@@ -412,6 +437,8 @@ struct OrderedBytes {
     return static_cast<uint8_t>(low[k] + (up ? rise[k] : 0));
   }
 };
+
+constexpr int64_t kOrderedBytesMin = 4096;
 
 // n samples of one row; pattern[i % 48] is the bound of sample i's matrix cell (48 samples are
 // whole four-pixel periods for one, three and four channels).
@@ -446,7 +473,9 @@ bool OrderedImageBytes(const Job& job, const Thresholds& th) {
   if constexpr (P::kSource != Source::k8u || !P::kByteDest) {
     return false;
   } else {
-    if (th.noisy) return false;
+    const int ch = ChannelsQuantised(job.code);
+    // Below this many samples the tables cost more than they save.
+    if (th.noisy || int64_t{job.width} * job.height * ch < kOrderedBytesMin) return false;
     OrderedBytes t;
     if (!t.Build<P>(th.step, P::Inverse(job.L))) return false;
     if (job.code == 4) {  // pixel by pixel, the alpha byte untouched
@@ -458,7 +487,7 @@ bool OrderedImageBytes(const Job& job, const Thresholds& th) {
       }
       return true;
     }
-    const int ch = ChannelsQuantised(job.code), n = job.width * ch;
+    const int n = job.width * ch;
     alignas(16) int16_t pattern[4][48];
     for (int cy = 0; cy < 4; ++cy)
       for (int i = 0; i < 48; ++i) pattern[cy][i] = t.bound[cy][(i / ch) & 3];
