@@ -370,6 +370,10 @@ struct OrderedBytes {
   alignas(16) uint8_t low[16];
   alignas(16) uint8_t rise[16];  // modulo 256
   int16_t bound[4][4];           // per matrix cell, with the top bit flipped for a signed compare
+  // When the top byte of the low half is enough to separate the samples for every cell (15
+  // levels and 16 among others), the same bounds in bytes.
+  bool narrow;
+  int8_t bound8[4][4];
 
   // A call runs in 1 to 2 microseconds: only the first and last sample of each step bound M,
   // and each sample meets the matrix thresholds in their order.
@@ -417,23 +421,28 @@ struct OrderedBytes {
       least[c] = std::min(least[c], frac);
     }
     // Value N: the samples that stay have counts up to N, those that step up counts above N.
-    int stay[16], climb = 65536;
-    for (int n = 15, run = 65536; n >= 0; --n) {
-      run = std::min(run, least[n + 1]);
-      climb = run;
+    int stay[16];
+    narrow = true;
+    for (int n = 15, climb = 65536; n >= 0; --n) {
+      climb = std::min(climb, least[n + 1]);
       stay[n] = -1;
       for (int c = 0; c <= n; ++c) stay[n] = std::max(stay[n], most[c]);
       if (stay[n] < 0 || stay[n] >= climb) return false;
+      narrow = narrow && (stay[n] >> 8) < (climb >> 8);
     }
     for (int cy = 0; cy < 4; ++cy)
-      for (int cx = 0; cx < 4; ++cx)
-        bound[cy][cx] = static_cast<int16_t>(stay[kBayerValue[cy][cx]] ^ 0x8000);
+      for (int cx = 0; cx < 4; ++cx) {
+        const int b = stay[kBayerValue[cy][cx]];
+        bound[cy][cx] = static_cast<int16_t>(b ^ 0x8000);
+        bound8[cy][cx] = static_cast<int8_t>((b >> 8) ^ 0x80);
+      }
     return true;
   }
-  // One sample v against the bound of its cell.
-  uint8_t At(int v, int16_t cellBound) const {
+  // One sample v against the bound of its cell (in bytes when `narrowBound`).
+  uint8_t At(int v, int cellBound, bool narrowBound = false) const {
     const int prod = v * mul, k = prod >> 16;
-    const bool up = static_cast<int16_t>((prod & 0xFFFF) ^ 0x8000) > cellBound;
+    const bool up = narrowBound ? static_cast<int8_t>(((prod >> 8) & 0xFF) ^ 0x80) > cellBound
+                                : static_cast<int16_t>((prod & 0xFFFF) ^ 0x8000) > cellBound;
     return static_cast<uint8_t>(low[k] + (up ? rise[k] : 0));
   }
 };
@@ -441,29 +450,43 @@ struct OrderedBytes {
 constexpr int64_t kOrderedBytesMin = 4096;
 
 // n samples of one row; pattern[i % 48] is the bound of sample i's matrix cell (48 samples are
-// whole four-pixel periods for one, three and four channels).
-inline void OrderedBytesRun(const uint8_t* s, uint8_t* d, int n, const OrderedBytes& t,
-                            const int16_t* pattern) {
+// whole four-pixel periods for one, three and four channels), in bytes when kNarrow. The narrow
+// form takes the step count and the top byte of the low half from one product, (v << 8) * M.
+template <bool kNarrow, class Bound>
+void OrderedBytesRun(const uint8_t* s, uint8_t* d, int n, const OrderedBytes& t,
+                     const Bound* pattern) {
   const __m128i zero = _mm_setzero_si128(), flip = _mm_set1_epi16(-32768);
+  const __m128i flip8 = _mm_set1_epi8(-128);
+  const __m128i bytes = _mm_setr_epi8(1, 3, 5, 7, 9, 11, 13, 15, 0, 2, 4, 6, 8, 10, 12, 14);
   const __m128i m = _mm_set1_epi16(static_cast<int16_t>(t.mul));
   const __m128i low = _mm_load_si128(reinterpret_cast<const __m128i*>(t.low));
   const __m128i rise = _mm_load_si128(reinterpret_cast<const __m128i*>(t.rise));
   int i = 0, p = 0;
   for (; i + 16 <= n; i += 16) {
     const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
-    const __m128i a = _mm_unpacklo_epi8(v, zero), b = _mm_unpackhi_epi8(v, zero);
-    const __m128i k = _mm_packus_epi16(_mm_mulhi_epu16(a, m), _mm_mulhi_epu16(b, m));
-    const __m128i fa = _mm_xor_si128(_mm_mullo_epi16(a, m), flip);
-    const __m128i fb = _mm_xor_si128(_mm_mullo_epi16(b, m), flip);
-    const __m128i up = _mm_packs_epi16(
-        _mm_cmpgt_epi16(fa, _mm_load_si128(reinterpret_cast<const __m128i*>(pattern + p))),
-        _mm_cmpgt_epi16(fb, _mm_load_si128(reinterpret_cast<const __m128i*>(pattern + p + 8))));
+    __m128i k, up;
+    if constexpr (kNarrow) {
+      // Each 16-bit lane: step count in the high byte, top of the low half in the low byte.
+      const __m128i a = _mm_shuffle_epi8(_mm_mulhi_epu16(_mm_unpacklo_epi8(zero, v), m), bytes);
+      const __m128i b = _mm_shuffle_epi8(_mm_mulhi_epu16(_mm_unpackhi_epi8(zero, v), m), bytes);
+      k = _mm_unpacklo_epi64(a, b);
+      up = _mm_cmpgt_epi8(_mm_xor_si128(_mm_unpackhi_epi64(a, b), flip8),
+                          _mm_load_si128(reinterpret_cast<const __m128i*>(pattern + p)));
+    } else {
+      const __m128i a = _mm_unpacklo_epi8(v, zero), b = _mm_unpackhi_epi8(v, zero);
+      k = _mm_packus_epi16(_mm_mulhi_epu16(a, m), _mm_mulhi_epu16(b, m));
+      const __m128i fa = _mm_xor_si128(_mm_mullo_epi16(a, m), flip);
+      const __m128i fb = _mm_xor_si128(_mm_mullo_epi16(b, m), flip);
+      up = _mm_packs_epi16(
+          _mm_cmpgt_epi16(fa, _mm_load_si128(reinterpret_cast<const __m128i*>(pattern + p))),
+          _mm_cmpgt_epi16(fb, _mm_load_si128(reinterpret_cast<const __m128i*>(pattern + p + 8))));
+    }
     const __m128i r =
         _mm_add_epi8(_mm_shuffle_epi8(low, k), _mm_and_si128(up, _mm_shuffle_epi8(rise, k)));
     _mm_storeu_si128(reinterpret_cast<__m128i*>(d + i), r);
     p = p == 32 ? 0 : p + 16;
   }
-  for (; i < n; ++i) d[i] = t.At(s[i], pattern[i % 48]);
+  for (; i < n; ++i) d[i] = t.At(s[i], pattern[i % 48], kNarrow);
 }
 
 // Kind 4 without noise on 8u rows through OrderedBytes (AC4R sample by sample); false (nothing
@@ -488,11 +511,19 @@ bool OrderedImageBytes(const Job& job, const Thresholds& th) {
       return true;
     }
     const int n = job.width * ch;
-    alignas(16) int16_t pattern[4][48];
-    for (int cy = 0; cy < 4; ++cy)
-      for (int i = 0; i < 48; ++i) pattern[cy][i] = t.bound[cy][(i / ch) & 3];
-    for (int y = 0; y < job.height; ++y)
-      OrderedBytesRun(job.SrcRow(y), job.DstRow(y), n, t, pattern[y & 3]);
+    if (t.narrow) {
+      alignas(16) int8_t pattern[4][48];
+      for (int cy = 0; cy < 4; ++cy)
+        for (int i = 0; i < 48; ++i) pattern[cy][i] = t.bound8[cy][(i / ch) & 3];
+      for (int y = 0; y < job.height; ++y)
+        OrderedBytesRun<true>(job.SrcRow(y), job.DstRow(y), n, t, pattern[y & 3]);
+    } else {
+      alignas(16) int16_t pattern[4][48];
+      for (int cy = 0; cy < 4; ++cy)
+        for (int i = 0; i < 48; ++i) pattern[cy][i] = t.bound[cy][(i / ch) & 3];
+      for (int y = 0; y < job.height; ++y)
+        OrderedBytesRun<false>(job.SrcRow(y), job.DstRow(y), n, t, pattern[y & 3]);
+    }
     return true;
   }
 }
