@@ -611,6 +611,31 @@ TEST(ReduceBitsVector, MatchesScalarTwins) {
   CompareWithScalar<dither::P32f16s>(rng);
 }
 
+// 8u kinds 0 and 4 (without noise) go through per-call byte tables when the level count allows
+// (AC4R by sample, leaving alpha).
+// Every level count, every byte value in every matrix cell (sample i of a C1R row holds i / 4,
+// so cell i & 3 meets all 256 values; eight rows give the matrix rows twice), odd tails, images
+// large enough for the tables.
+TEST(ReduceBitsVector, ByteTablesAtEveryLevelCount) {
+  for (int code : {1, 3, 4, 5}) {
+    const int n = 1024 + 13, w = n / dither::PixelStride(code);
+    Plane src(n, 8, n + 5, 1), a(n, 8, n + 3, 2), b(n, 8, n + 3, 2);
+    for (int y = 0; y < 8; ++y)
+      for (int i = 0; i < n; ++i) src.row(y)[i] = uint8_t((i >> 2) + 37 * y);
+    for (int L = 1; L <= 255; ++L) {
+      dither::Job job{src.data(), src.step(), a.data(), a.step(), w, 8, code, L, 0, 4, nullptr};
+      dither::ReducePlain<dither::P8u>(job);
+      job.dst = b.data();
+      dither::ReducePlainScalar<dither::P8u>(job);
+      ASSERT_EQ(a.Region(), b.Region()) << "kind 0 L " << L << " code " << code;
+      ASSERT_EQ(dither::ReduceOrderedScalar<dither::P8u>(job), kroStatusOk);
+      job.dst = a.data();
+      ASSERT_EQ(dither::ReduceOrdered<dither::P8u>(job), kroStatusOk);
+      ASSERT_EQ(a.Region(), b.Region()) << "kind 4 L " << L << " code " << code;
+    }
+  }
+}
+
 // Kinds 1 to 3 run bands of rows as a wavefront; they must give the plain row-by-row results at
 // every width around the band's minimum, for every layout (bands cross channel passes) and height.
 template <class P>

@@ -4,6 +4,8 @@
 // run of pixels whose fourth sample is skipped (AC4R). The vector bodies take sixteen samples a
 // turn in four single-precision vectors and give exactly the per-sample results; the rest of a
 // run goes sample by sample.
+#include <algorithm>
+
 #include "dither/reduce_bits.h"
 #include "frame/checks.h"
 #include "frame/simd.h"
@@ -42,6 +44,7 @@ int32_t PlainSample(float w, const PlainConstants<P>& k) {
 // value is quantised down by trunc(v * I) steps and stepped up when T < remainder (strictly).
 
 // The Bayer matrix, entries / 15 in single precision.
+constexpr int kBayerValue[4][4] = {{0, 8, 2, 10}, {12, 4, 14, 6}, {3, 11, 1, 9}, {15, 7, 13, 5}};
 constexpr float kBayer[4][4] = {
     {0.0f / 15.0f, 8.0f / 15.0f, 2.0f / 15.0f, 10.0f / 15.0f},
     {12.0f / 15.0f, 4.0f / 15.0f, 14.0f / 15.0f, 6.0f / 15.0f},
@@ -246,12 +249,283 @@ void OrderedRunVector(const uint8_t* s, uint8_t* d, int n, const float* thr, flo
       [&](float w, int i) { return OrderedSample<P>(w, thr[i], step, inverse); });
 }
 
+// ---- Byte tables for 8-bit samples ----------------------------------------------------------
+//
+// With an 8-bit source and destination, kind 0 maps each byte value to one result, and kind 4
+// without noise maps a byte value and a matrix cell to one. Both are tabulated per call from the
+// per-sample arithmetic above and then applied with byte shuffles, so every result is one the
+// per-sample code gives; a call whose tables do not fit the shuffles' form takes the float body.
+
+// Kind 0 as a function of the byte: the value at the start of each run of sixteen (high nibble)
+// plus, for each change inside the run, a difference added from its low-nibble position on. Up to
+// 16 levels change once per run, 32 twice, around 140 eight times; each change costs
+// about a sixth of the float body, so tables with more than kMaxSteps changes in one run are left
+// to it.
+constexpr int kMaxSteps = 8;
+
+struct ByteSteps {
+  int steps;  // changes per run, 0..kMaxSteps
+  alignas(16) uint8_t base[16];
+  alignas(16) uint8_t from[kMaxSteps][16];  // low-nibble position - 1; 15 never fires
+  alignas(16) uint8_t add[kMaxSteps][16];   // difference, modulo 256
+
+  bool Build(const uint8_t (&table)[256]) {
+    steps = 0;
+    for (int h = 0; h < 16; ++h) {
+      const uint8_t* run = table + 16 * h;
+      base[h] = run[0];
+      int k = 0;
+      for (int l = 1; l < 16; ++l) {
+        if (run[l] == run[l - 1]) continue;
+        if (k == kMaxSteps) return false;
+        from[k][h] = static_cast<uint8_t>(l - 1);
+        add[k][h] = static_cast<uint8_t>(run[l] - run[l - 1]);
+        ++k;
+      }
+      for (int j = k; j < kMaxSteps; ++j) from[j][h] = 15, add[j][h] = 0;
+      steps = k > steps ? k : steps;
+    }
+    return true;
+  }
+};
+
+template <int kSteps>
+void ByteStepsRun(const uint8_t* s, uint8_t* d, int n, const ByteSteps& t) {
+  const __m128i nibble = _mm_set1_epi8(15);
+  const __m128i base = _mm_load_si128(reinterpret_cast<const __m128i*>(t.base));
+  __m128i from[kSteps > 0 ? kSteps : 1], add[kSteps > 0 ? kSteps : 1];
+  for (int j = 0; j < kSteps; ++j) {
+    from[j] = _mm_load_si128(reinterpret_cast<const __m128i*>(t.from[j]));
+    add[j] = _mm_load_si128(reinterpret_cast<const __m128i*>(t.add[j]));
+  }
+  int i = 0;
+#pragma GCC unroll 2
+  for (; i + 16 <= n; i += 16) {
+    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
+    const __m128i hi = _mm_and_si128(_mm_srli_epi16(v, 4), nibble), lo = _mm_and_si128(v, nibble);
+    __m128i r = _mm_shuffle_epi8(base, hi);
+    for (int j = 0; j < kSteps; ++j) {
+      const __m128i on = _mm_cmpgt_epi8(lo, _mm_shuffle_epi8(from[j], hi));
+      r = _mm_add_epi8(r, _mm_and_si128(on, _mm_shuffle_epi8(add[j], hi)));
+    }
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(d + i), r);
+  }
+  for (; i < n; ++i) {
+    const int v = s[i], h = v >> 4, l = v & 15;
+    int r = t.base[h];
+    for (int j = 0; j < kSteps; ++j) r += l > t.from[j][h] ? t.add[j][h] : 0;
+    d[i] = static_cast<uint8_t>(r);
+  }
+}
+
+// Kind 0 on 8u rows through the byte table (AC4R by plain look-up); false (nothing written) when
+// it does not fit.
+template <class P>
+bool PlainImageBytes(const Job& job, const PlainConstants<P>& k) {
+  if constexpr (P::kSource != Source::k8u || !P::kByteDest) {
+    return false;
+  } else {
+    // The 256 results through the float body, which gives the per-sample results.
+    alignas(16) uint8_t values[256], table[256];
+    for (int v = 0; v < 256; ++v) values[v] = static_cast<uint8_t>(v);
+    PlainRunVector<P>(values, table, 256, k);
+    if (job.code == 4) {  // pixel by pixel, the alpha byte untouched
+      for (int y = 0; y < job.height; ++y) {
+        const uint8_t* s = job.SrcRow(y);
+        uint8_t* d = job.DstRow(y);
+        for (int i = 0; i < 4 * job.width; i += 4)
+          for (int c = 0; c < 3; ++c) d[i + c] = table[s[i + c]];
+      }
+      return true;
+    }
+    ByteSteps t;
+    if (!t.Build(table)) return false;
+    const int n = job.width * ChannelsQuantised(job.code);
+    using Run = void (*)(const uint8_t*, uint8_t*, int, const ByteSteps&);
+    constexpr Run kRuns[] = {ByteStepsRun<0>, ByteStepsRun<1>, ByteStepsRun<2>,
+                             ByteStepsRun<3>, ByteStepsRun<4>, ByteStepsRun<5>,
+                             ByteStepsRun<6>, ByteStepsRun<7>, ByteStepsRun<8>};
+    static_assert(sizeof(kRuns) / sizeof(kRuns[0]) == kMaxSteps + 1, "one run per step count");
+    for (int y = 0; y < job.height; ++y) kRuns[t.steps](job.SrcRow(y), job.DstRow(y), n, t);
+    return true;
+  }
+}
+
 template <class P>
 void PlainImageVector(const Job& job) {
-  if (job.code == 4) return PlainImageScalar<P>(job);  // alpha is skipped sample by sample
   const PlainConstants<P> k(job.L);
+  if (PlainImageBytes<P>(job, k)) return;
+  if (job.code == 4) return PlainImageScalar<P>(job);  // alpha is skipped sample by sample
   const int n = job.width * ChannelsQuantised(job.code);
   for (int y = 0; y < job.height; ++y) PlainRunVector<P>(job.SrcRow(y), job.DstRow(y), n, k);
+}
+
+// Kind 4 without noise on 8u, up to 16 levels. The step count below a sample, trunc(v * I), is
+// the high half of v * M for a 16-bit M, and the low half orders the remainders: for each matrix
+// cell the samples that step up are exactly those whose low half exceeds a bound. M and the
+// bounds are found from the per-sample arithmetic over all 256 values and 16 cells; the result
+// is then low[k] or low[k] + rise[k] for step count k.
+struct OrderedBytes {
+  uint16_t mul;
+  alignas(16) uint8_t low[16];
+  alignas(16) uint8_t rise[16];  // modulo 256
+  int16_t bound[4][4];           // per matrix cell, with the top bit flipped for a signed compare
+  // When the top byte of the low half is enough to separate the samples for every cell (15
+  // levels and 16 among others), the same bounds in bytes.
+  bool narrow;
+  int8_t bound8[4][4];
+
+  // A call runs in 1 to 2 microseconds: only the first and last sample of each step bound M,
+  // and each sample meets the matrix thresholds in their order.
+  template <class P>
+  bool Build(float s, float inv) {
+    uint8_t k[256];
+    for (int v = 0; v < 256; ++v) {
+      const int32_t n = Trunc(P::Work(v) * inv);
+      if (n < 0 || n > 15 || (v > 0 && n < k[v - 1])) return false;
+      k[v] = static_cast<uint8_t>(n);
+    }
+    if (k[0] != 0) return false;
+    // M with k = (v * M) >> 16 for every v: within a step the first sample bounds M from below
+    // and the last from above.
+    int64_t lo = 0, hi = 65535;
+    for (int v = 1; v < 256; ++v) {
+      if (k[v] != k[v - 1]) lo = std::max<int64_t>(lo, (int64_t{k[v]} * 65536 + v - 1) / v);
+      if (v == 255 || k[v + 1] != k[v])
+        hi = std::min<int64_t>(hi, ((int64_t{k[v]} + 1) * 65536 + v - 1) / v - 1);
+    }
+    if (lo > hi) return false;
+    mul = static_cast<uint16_t>(lo);
+    for (int j = 0; j < 16; ++j) {
+      const float q = static_cast<float>(j) * s;
+      const int32_t down = Saturate<P::kDest>(Trunc(q)), up = Saturate<P::kDest>(Trunc(q + s));
+      low[j] = static_cast<uint8_t>(down);
+      rise[j] = static_cast<uint8_t>(up - down);
+    }
+    // Thresholds by matrix value N (cell entries N / 15), which must rise strictly with N; a
+    // sample then steps up for exactly the N below its count c of thresholds under its remainder.
+    float t[16];
+    for (int cy = 0; cy < 4; ++cy)
+      for (int cx = 0; cx < 4; ++cx) t[kBayerValue[cy][cx]] = kBayer[cy][cx] * s;
+    for (int n = 1; n < 16; ++n)
+      if (!(t[n - 1] < t[n])) return false;
+    int most[17], least[17];  // per count c: largest and smallest low half
+    for (int c = 0; c <= 16; ++c) most[c] = -1, least[c] = 65536;
+    for (int v = 0; v < 256; ++v) {
+      const float d = P::Work(v) - static_cast<float>(k[v]) * s;
+      int c = 0;
+      while (c < 16 && t[c] < d) ++c;
+      if (((v * mul) >> 16) != k[v]) return false;
+      const int frac = (v * mul) & 0xFFFF;
+      most[c] = std::max(most[c], frac);
+      least[c] = std::min(least[c], frac);
+    }
+    // Value N: the samples that stay have counts up to N, those that step up counts above N.
+    int stay[16];
+    narrow = true;
+    for (int n = 15, climb = 65536; n >= 0; --n) {
+      climb = std::min(climb, least[n + 1]);
+      stay[n] = -1;
+      for (int c = 0; c <= n; ++c) stay[n] = std::max(stay[n], most[c]);
+      if (stay[n] < 0 || stay[n] >= climb) return false;
+      narrow = narrow && (stay[n] >> 8) < (climb >> 8);
+    }
+    for (int cy = 0; cy < 4; ++cy)
+      for (int cx = 0; cx < 4; ++cx) {
+        const int b = stay[kBayerValue[cy][cx]];
+        bound[cy][cx] = static_cast<int16_t>(b ^ 0x8000);
+        bound8[cy][cx] = static_cast<int8_t>((b >> 8) ^ 0x80);
+      }
+    return true;
+  }
+  // One sample v against the bound of its cell (in bytes when `narrowBound`).
+  uint8_t At(int v, int cellBound, bool narrowBound = false) const {
+    const int prod = v * mul, k = prod >> 16;
+    const bool up = narrowBound ? static_cast<int8_t>(((prod >> 8) & 0xFF) ^ 0x80) > cellBound
+                                : static_cast<int16_t>((prod & 0xFFFF) ^ 0x8000) > cellBound;
+    return static_cast<uint8_t>(low[k] + (up ? rise[k] : 0));
+  }
+};
+
+constexpr int64_t kOrderedBytesMin = 4096;
+
+// n samples of one row; pattern[i % 48] is the bound of sample i's matrix cell (48 samples are
+// whole four-pixel periods for one, three and four channels), in bytes when kNarrow. The narrow
+// form takes the step count and the top byte of the low half from one product, (v << 8) * M.
+template <bool kNarrow, class Bound>
+void OrderedBytesRun(const uint8_t* s, uint8_t* d, int n, const OrderedBytes& t,
+                     const Bound* pattern) {
+  const __m128i zero = _mm_setzero_si128(), flip = _mm_set1_epi16(-32768);
+  const __m128i flip8 = _mm_set1_epi8(-128);
+  const __m128i bytes = _mm_setr_epi8(1, 3, 5, 7, 9, 11, 13, 15, 0, 2, 4, 6, 8, 10, 12, 14);
+  const __m128i m = _mm_set1_epi16(static_cast<int16_t>(t.mul));
+  const __m128i low = _mm_load_si128(reinterpret_cast<const __m128i*>(t.low));
+  const __m128i rise = _mm_load_si128(reinterpret_cast<const __m128i*>(t.rise));
+  int i = 0, p = 0;
+  for (; i + 16 <= n; i += 16) {
+    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
+    __m128i k, up;
+    if constexpr (kNarrow) {
+      // Each 16-bit lane: step count in the high byte, top of the low half in the low byte.
+      const __m128i a = _mm_shuffle_epi8(_mm_mulhi_epu16(_mm_unpacklo_epi8(zero, v), m), bytes);
+      const __m128i b = _mm_shuffle_epi8(_mm_mulhi_epu16(_mm_unpackhi_epi8(zero, v), m), bytes);
+      k = _mm_unpacklo_epi64(a, b);
+      up = _mm_cmpgt_epi8(_mm_xor_si128(_mm_unpackhi_epi64(a, b), flip8),
+                          _mm_load_si128(reinterpret_cast<const __m128i*>(pattern + p)));
+    } else {
+      const __m128i a = _mm_unpacklo_epi8(v, zero), b = _mm_unpackhi_epi8(v, zero);
+      k = _mm_packus_epi16(_mm_mulhi_epu16(a, m), _mm_mulhi_epu16(b, m));
+      const __m128i fa = _mm_xor_si128(_mm_mullo_epi16(a, m), flip);
+      const __m128i fb = _mm_xor_si128(_mm_mullo_epi16(b, m), flip);
+      up = _mm_packs_epi16(
+          _mm_cmpgt_epi16(fa, _mm_load_si128(reinterpret_cast<const __m128i*>(pattern + p))),
+          _mm_cmpgt_epi16(fb, _mm_load_si128(reinterpret_cast<const __m128i*>(pattern + p + 8))));
+    }
+    const __m128i r =
+        _mm_add_epi8(_mm_shuffle_epi8(low, k), _mm_and_si128(up, _mm_shuffle_epi8(rise, k)));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(d + i), r);
+    p = p == 32 ? 0 : p + 16;
+  }
+  for (; i < n; ++i) d[i] = t.At(s[i], pattern[i % 48], kNarrow);
+}
+
+// Kind 4 without noise on 8u rows through OrderedBytes (AC4R sample by sample); false (nothing
+// written) when the call's level count does not fit it.
+template <class P>
+bool OrderedImageBytes(const Job& job, const Thresholds& th) {
+  if constexpr (P::kSource != Source::k8u || !P::kByteDest) {
+    return false;
+  } else {
+    const int ch = ChannelsQuantised(job.code);
+    // Below this many samples the tables cost more than they save.
+    if (th.noisy || int64_t{job.width} * job.height * ch < kOrderedBytesMin) return false;
+    OrderedBytes t;
+    if (!t.Build<P>(th.step, P::Inverse(job.L))) return false;
+    if (job.code == 4) {  // pixel by pixel, the alpha byte untouched
+      for (int y = 0; y < job.height; ++y) {
+        const uint8_t* s = job.SrcRow(y);
+        uint8_t* d = job.DstRow(y);
+        for (int x = 0; x < job.width; ++x)
+          for (int c = 0; c < 3; ++c) d[4 * x + c] = t.At(s[4 * x + c], t.bound[y & 3][x & 3]);
+      }
+      return true;
+    }
+    const int n = job.width * ch;
+    if (t.narrow) {
+      alignas(16) int8_t pattern[4][48];
+      for (int cy = 0; cy < 4; ++cy)
+        for (int i = 0; i < 48; ++i) pattern[cy][i] = t.bound8[cy][(i / ch) & 3];
+      for (int y = 0; y < job.height; ++y)
+        OrderedBytesRun<true>(job.SrcRow(y), job.DstRow(y), n, t, pattern[y & 3]);
+    } else {
+      alignas(16) int16_t pattern[4][48];
+      for (int cy = 0; cy < 4; ++cy)
+        for (int i = 0; i < 48; ++i) pattern[cy][i] = t.bound[cy][(i / ch) & 3];
+      for (int y = 0; y < job.height; ++y)
+        OrderedBytesRun<false>(job.SrcRow(y), job.DstRow(y), n, t, pattern[y & 3]);
+    }
+    return true;
+  }
 }
 
 // A row is cut into chunks of 240 samples, a whole number of four-pixel matrix periods for one,
@@ -260,6 +534,7 @@ constexpr int kChunk = 240;
 
 template <class P>
 void OrderedImageVector(const Job& job, const Thresholds& th) {
+  if (OrderedImageBytes<P>(job, th)) return;
   if (job.code == 4) return OrderedImageScalar<P>(job, th);
   const int ch = ChannelsQuantised(job.code);
   const int n = job.width * ch;
