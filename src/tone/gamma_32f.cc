@@ -19,7 +19,8 @@
 // are formed into the buffer, raised there in one call, and the results chosen afterwards.
 // The inverse C3 and planar forms run a row in three passes: d = v - vMin into the destination,
 // the strips in place on d (the results without vMin), then vMin added; both passes are plain
-// copies when vMin is 0 (so a -0 result keeps its sign there).
+// copies when vMin is 0 (so a -0 result keeps its sign there). The passes are fused sample by
+// sample, which gives the same floats without writing the destination three times.
 #include <algorithm>
 #include <cstddef>
 
@@ -284,20 +285,30 @@ void StripRunAlpha(const float* src, float* dst, int width, const Range range) {
   }
 }
 
-// The inverse C3/planar row: d into the destination, strips on d in place, vMin added. With
-// vMin exactly 0 the first pass is a copy (nothing to do in place) and the last one does nothing.
+// The inverse C3/planar row: in effect d = v - vMin into the destination, the strips on d, then
+// vMin added; with vMin exactly 0 both passes are copies (so a -0 result keeps its sign). The
+// passes are fused per sample: the float values between them are the same ones, held in
+// registers instead of the destination row.
+template <class Form>
+struct Shifted {
+  static constexpr bool kAsRuntime = Form::kAsRuntime;
+  static const PowCurve& Curve() { return Form::Curve(); }
+  template <class L>
+  static typename L::F Input(typename L::F v, const Range& r) {
+    return Form::template Input<L>(v - r.vMin, r);
+  }
+  template <class L>
+  static typename L::F Output(typename L::F v, typename L::F p, const Range& r) {
+    return Form::template Output<L>(v - r.vMin, p, r) + r.vMin;
+  }
+};
+
 template <class Form>
 void ThreePassRun(const float* src, float* dst, int n, const Range& r) {
-  const float vMin = r.vMin;  // a local: the stores below cannot alias it
-  const bool zeroMin = vMin == 0.0f;
-  if (!zeroMin) {
-    for (int i = 0; i < n; ++i) dst[i] = src[i] - vMin;
-  } else if (src != dst) {
-    std::copy(src, src + n, dst);
-  }
-  StripRun<Form>(dst, dst, n, r);
-  if (!zeroMin) {
-    for (int i = 0; i < n; ++i) dst[i] = dst[i] + vMin;
+  if (r.vMin == 0.0f) {
+    StripRun<Form>(src, dst, n, r);
+  } else {
+    StripRun<Shifted<Form>>(src, dst, n, r);
   }
 }
 
