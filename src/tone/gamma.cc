@@ -1,6 +1,8 @@
 // Gamma forward and inverse, 8u and 16u: every colour sample replaced by its entry of the
 // build-time table of its depth and direction (one table serves the six layouts).
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 
 #include "frame/checks.h"
 #include "frame/entry.h"
@@ -24,26 +26,36 @@ std::ptrdiff_t Elements(int stepBytes) {
   return static_cast<std::ptrdiff_t>(stepBytes >> (sizeof(T) == 2 ? 1 : 0));
 }
 
-// One row of pixels of kSamples samples, the first three of which are colour; a fourth
-// (alpha) is neither read nor written.
+// Eight bytes of samples read as one word, each colour sample of it looked up and stored on its
+// own (a fourth sample of four-sample pixels, alpha, is skipped and never written). The word is
+// read whole before anything is written, so source and destination may be the same.
+template <class T, int kSamples>
+void MapWord(const T* table, const T* src, T* dst) {
+  constexpr int kBits = 8 * sizeof(T), kCount = 8 / sizeof(T);
+  constexpr uint64_t kMask = (uint64_t{1} << kBits) - 1;
+  uint64_t in;
+  std::memcpy(&in, src, 8);
+  for (int k = 0; k < kCount; ++k)
+    if (kSamples != 4 || k % 4 != 3) dst[k] = table[(in >> (kBits * k)) & kMask];
+}
+
+// One row of pixels of kSamples samples (1: a plane row, 3: C3, 4: three colours and alpha), a
+// word at a time; the samples short of a word one by one.
 template <class T, int kSamples>
 void MapRow(const T* table, const T* src, T* dst, int width) {
-  if constexpr (kSamples == 3 || kSamples == 1) {
-    const int n = width * kSamples;
-    for (int i = 0; i < n; ++i) dst[i] = table[src[i]];
-  } else {
-    for (int x = 0; x < width; ++x) {
-      dst[4 * x] = table[src[4 * x]];
-      dst[4 * x + 1] = table[src[4 * x + 1]];
-      dst[4 * x + 2] = table[src[4 * x + 2]];
-    }
-  }
+  constexpr int kCount = 8 / sizeof(T);
+  const int n = width * kSamples;
+  int i = 0;
+  for (; i + kCount <= n; i += kCount) MapWord<T, kSamples>(table, src + i, dst + i);
+  for (; i < n; ++i)
+    if (kSamples != 4 || i % 4 != 3) dst[i] = table[src[i]];
 }
 
 template <class T, int kSamples>
 void MapImage(const T* table, const T* src, int srcStep, T* dst, int dstStep, KroSize roi) {
   const std::ptrdiff_t ss = Elements<T>(srcStep), ds = Elements<T>(dstStep);
-  for (int y = 0; y < roi.height; ++y) MapRow<T, kSamples>(table, src + y * ss, dst + y * ds, roi.width);
+  for (int y = 0; y < roi.height; ++y)
+    MapRow<T, kSamples>(table, src + y * ss, dst + y * ds, roi.width);
 }
 
 template <class T, bool kInverse, int kSamples>
@@ -95,25 +107,25 @@ kroStatus PlanesInPlace(T* const planes[3], int step, KroSize roi) {
 namespace kro::wrap {
 
 // The six layouts of one direction and depth, each an instance of the templates above.
-#define KRO_GAMMA_LAYOUTS(Dir, depth, T, kInverse)                                                \
-  kroStatus kroiGamma##Dir##_##depth##_C3R(const T* s, int ss, T* d, int ds, KroSize roi) {       \
-    return gamma::Packed<T, kInverse, 3>(s, ss, d, ds, roi);                                      \
-  }                                                                                               \
-  kroStatus kroiGamma##Dir##_##depth##_C3IR(T* img, int step, KroSize roi) {                      \
-    return gamma::PackedInPlace<T, kInverse, 3>(img, step, roi);                                  \
-  }                                                                                               \
-  kroStatus kroiGamma##Dir##_##depth##_AC4R(const T* s, int ss, T* d, int ds, KroSize roi) {      \
-    return gamma::Packed<T, kInverse, 4>(s, ss, d, ds, roi);                                      \
-  }                                                                                               \
-  kroStatus kroiGamma##Dir##_##depth##_AC4IR(T* img, int step, KroSize roi) {                     \
-    return gamma::PackedInPlace<T, kInverse, 4>(img, step, roi);                                  \
-  }                                                                                               \
-  kroStatus kroiGamma##Dir##_##depth##_P3R(const T* const s[3], int ss, T* const d[3], int ds,    \
-                                            KroSize roi) {                                        \
-    return gamma::Planes<T, kInverse>(s, ss, d, ds, roi);                                         \
-  }                                                                                               \
-  kroStatus kroiGamma##Dir##_##depth##_IP3R(T* const planes[3], int step, KroSize roi) {          \
-    return gamma::PlanesInPlace<T, kInverse>(planes, step, roi);                                  \
+#define KRO_GAMMA_LAYOUTS(Dir, depth, T, kInverse)                                             \
+  kroStatus kroiGamma##Dir##_##depth##_C3R(const T* s, int ss, T* d, int ds, KroSize roi) {    \
+    return gamma::Packed<T, kInverse, 3>(s, ss, d, ds, roi);                                   \
+  }                                                                                            \
+  kroStatus kroiGamma##Dir##_##depth##_C3IR(T* img, int step, KroSize roi) {                   \
+    return gamma::PackedInPlace<T, kInverse, 3>(img, step, roi);                               \
+  }                                                                                            \
+  kroStatus kroiGamma##Dir##_##depth##_AC4R(const T* s, int ss, T* d, int ds, KroSize roi) {   \
+    return gamma::Packed<T, kInverse, 4>(s, ss, d, ds, roi);                                   \
+  }                                                                                            \
+  kroStatus kroiGamma##Dir##_##depth##_AC4IR(T* img, int step, KroSize roi) {                  \
+    return gamma::PackedInPlace<T, kInverse, 4>(img, step, roi);                               \
+  }                                                                                            \
+  kroStatus kroiGamma##Dir##_##depth##_P3R(const T* const s[3], int ss, T* const d[3], int ds, \
+                                           KroSize roi) {                                      \
+    return gamma::Planes<T, kInverse>(s, ss, d, ds, roi);                                      \
+  }                                                                                            \
+  kroStatus kroiGamma##Dir##_##depth##_IP3R(T* const planes[3], int step, KroSize roi) {       \
+    return gamma::PlanesInPlace<T, kInverse>(planes, step, roi);                               \
   }
 
 KRO_GAMMA_LAYOUTS(Fwd, 8u, Kro8u, false)

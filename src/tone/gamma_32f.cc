@@ -19,7 +19,8 @@
 // are formed into the buffer, raised there in one call, and the results chosen afterwards.
 // The inverse C3 and planar forms run a row in three passes: d = v - vMin into the destination,
 // the strips in place on d (the results without vMin), then vMin added; both passes are plain
-// copies when vMin is 0 (so a -0 result keeps its sign there).
+// copies when vMin is 0 (so a -0 result keeps its sign there). The passes are fused sample by
+// sample, which gives the same floats without writing the destination three times.
 #include <algorithm>
 #include <cstddef>
 
@@ -225,79 +226,87 @@ void Raise(float* buf, int n) {
   }
 }
 
-// n contiguous samples (a C3 row or a plane row), in strips of kStrip: the power's inputs into
-// the stack buffer, the power over it, the results chosen from it.
+// One strip of m contiguous samples: the power's inputs into buf, the power over buf, the results
+// chosen from it. in and out may be the same array.
+template <class Form>
+void Strip(const float* in, float* out, int m, const Range& r, float* buf) {
+  int i = 0;
+#if KRO_SIMD
+  for (; i + 4 <= m; i += 4)
+    Lane4::Store(buf + i, Form::template Input<Lane4>(Lane4::Load(in + i), r));
+#endif
+  for (; i < m; ++i) buf[i] = Form::template Input<Lane1>(in[i], r);
+  Raise<Form>(buf, m);
+  i = 0;
+#if KRO_SIMD
+  for (; i + 4 <= m; i += 4)
+    Lane4::Store(out + i,
+                 Form::template Output<Lane4>(Lane4::Load(in + i), Lane4::Load(buf + i), r));
+#endif
+  for (; i < m; ++i) out[i] = Form::template Output<Lane1>(in[i], buf[i], r);
+}
+
+// n contiguous samples (a C3 row or a plane row), in strips of kStrip.
 template <class Form>
 void StripRun(const float* src, float* dst, int n, const Range range) {
   const Range r = range;  // a local copy: stores to dst cannot alias it
   float buf[kStrip];
-  for (int s = 0; s < n; s += kStrip) {
-    const int m = std::min(kStrip, n - s);
-    const float* in = src + s;
-    float* out = dst + s;
-    int i = 0;
-#if KRO_SIMD
-    for (; i + 4 <= m; i += 4)
-      Lane4::Store(buf + i, Form::template Input<Lane4>(Lane4::Load(in + i), r));
-#endif
-    for (; i < m; ++i) buf[i] = Form::template Input<Lane1>(in[i], r);
-    Raise<Form>(buf, m);
-    i = 0;
-#if KRO_SIMD
-    for (; i + 4 <= m; i += 4)
-      Lane4::Store(out + i,
-                   Form::template Output<Lane4>(Lane4::Load(in + i), Lane4::Load(buf + i), r));
-#endif
-    for (; i < m; ++i) out[i] = Form::template Output<Lane1>(in[i], buf[i], r);
-  }
+  for (int s = 0; s < n; s += kStrip)
+    Strip<Form>(src + s, dst + s, std::min(kStrip, n - s), r, buf);
 }
 
-// An AC4 row: strips of 128 pixels, their 384 colour samples packed into the buffer; the alpha
-// sample is neither read nor written. Four-lane rounds take one pixel; the fourth lane's value
-// lands on the next pixel's first slot (or the buffer's spare slot) and is overwritten or unused.
+// An AC4 row: strips of 128 pixels, their 384 colour samples packed into a second stack buffer
+// and run as one contiguous strip there, then put back; the alpha sample is neither read nor
+// written. Four-lane moves take one pixel; the fourth lane lands on the next pixel's first slot
+// (or the spare slot) and is overwritten or unused.
 template <class Form>
 void StripRunAlpha(const float* src, float* dst, int width, const Range range) {
   const Range r = range;
-  float buf[kStrip + 1];
+  float colour[kStrip + 1], buf[kStrip];
   for (int s = 0; s < width; s += kStrip / 3) {
     const int m = std::min(kStrip / 3, width - s);
     const float* in = src + 4 * static_cast<std::ptrdiff_t>(s);
     float* out = dst + 4 * static_cast<std::ptrdiff_t>(s);
 #if KRO_SIMD
-    for (int i = 0; i < m; ++i)
-      Lane4::Store(buf + 3 * i, Form::template Input<Lane4>(Lane4::Load3(in + 4 * i), r));
+    for (int i = 0; i < m; ++i) Lane4::Store(colour + 3 * i, Lane4::Load3(in + 4 * i));
 #else
     for (int i = 0; i < m; ++i)
-      for (int c = 0; c < 3; ++c) buf[3 * i + c] = Form::template Input<Lane1>(in[4 * i + c], r);
+      for (int c = 0; c < 3; ++c) colour[3 * i + c] = in[4 * i + c];
 #endif
-    Raise<Form>(buf, 3 * m);
+    Strip<Form>(colour, colour, 3 * m, r, buf);
 #if KRO_SIMD
-    buf[3 * m] = 0.0f;
-    for (int i = 0; i < m; ++i)
-      Lane4::Store3(out + 4 * i, Form::template Output<Lane4>(Lane4::Load3(in + 4 * i),
-                                                              Lane4::Load(buf + 3 * i), r));
+    for (int i = 0; i < m; ++i) Lane4::Store3(out + 4 * i, Lane4::Load(colour + 3 * i));
 #else
     for (int i = 0; i < m; ++i)
-      for (int c = 0; c < 3; ++c)
-        out[4 * i + c] = Form::template Output<Lane1>(in[4 * i + c], buf[3 * i + c], r);
+      for (int c = 0; c < 3; ++c) out[4 * i + c] = colour[3 * i + c];
 #endif
   }
 }
 
-// The inverse C3/planar row: d into the destination, strips on d in place, vMin added. With
-// vMin exactly 0 the first pass is a copy (nothing to do in place) and the last one does nothing.
+// The inverse C3/planar row: in effect d = v - vMin into the destination, the strips on d, then
+// vMin added; with vMin exactly 0 both passes are copies (so a -0 result keeps its sign). The
+// passes are fused per sample: the float values between them are the same ones, held in
+// registers instead of the destination row.
+template <class Form>
+struct Shifted {
+  static constexpr bool kAsRuntime = Form::kAsRuntime;
+  static const PowCurve& Curve() { return Form::Curve(); }
+  template <class L>
+  static typename L::F Input(typename L::F v, const Range& r) {
+    return Form::template Input<L>(v - r.vMin, r);
+  }
+  template <class L>
+  static typename L::F Output(typename L::F v, typename L::F p, const Range& r) {
+    return Form::template Output<L>(v - r.vMin, p, r) + r.vMin;
+  }
+};
+
 template <class Form>
 void ThreePassRun(const float* src, float* dst, int n, const Range& r) {
-  const float vMin = r.vMin;  // a local: the stores below cannot alias it
-  const bool zeroMin = vMin == 0.0f;
-  if (!zeroMin) {
-    for (int i = 0; i < n; ++i) dst[i] = src[i] - vMin;
-  } else if (src != dst) {
-    std::copy(src, src + n, dst);
-  }
-  StripRun<Form>(dst, dst, n, r);
-  if (!zeroMin) {
-    for (int i = 0; i < n; ++i) dst[i] = dst[i] + vMin;
+  if (r.vMin == 0.0f) {
+    StripRun<Form>(src, dst, n, r);
+  } else {
+    StripRun<Shifted<Form>>(src, dst, n, r);
   }
 }
 

@@ -56,6 +56,12 @@ float PowOne(float x, const PowCurve& curve) {
 }
 
 #if KRO_SIMD
+// The double at a byte offset into a table.
+template <class Table>
+const double* At(const Table& table, uint64_t byteOffset) {
+  return reinterpret_cast<const double*>(reinterpret_cast<const char*>(table) + byteOffset);
+}
+
 // Four floats a round, as two pairs of doubles; table entries are fetched lane by lane. Lanes
 // that are neither ordinary nor +0 are redone by the scalar twin, as are (as-runtime form)
 // lanes whose rounding the bound does not decide.
@@ -74,19 +80,21 @@ void PowRowSse2(const float* src, const PowCurve& curve, float* dst, int count) 
     // [0x00800000, 0x7F800000).
     const __m128i ordinary = _mm_cmplt_epi32(_mm_add_epi32(x, lift), normalTop);
     const __m128i zero = _mm_cmpeq_epi32(x, _mm_setzero_si128());
-    // Any float indexes both tables; +0 meets a scale of 0 and comes out +0. The indices are
-    // taken in general registers from the input's bits.
-    uint32_t bits[4];
-    std::memcpy(bits, src + i, sizeof(bits));
+    // Any float indexes both tables; +0 meets a scale of 0 and comes out +0. The byte offsets
+    // of the entries, ((bits >> 15) & 255) * 16 and (bits >> 23) * 8, are formed in general
+    // registers from the input's bits read a second time as two 64-bit words (the vector unit,
+    // which the arithmetic keeps busy, is not asked to hand the lanes over).
     const __m128 m = _mm_castsi128_ps(_mm_or_si128(_mm_and_si128(x, mantissa), one));
     __m128d a[2];
     for (int h = 0; h < 2; ++h) {
       const __m128d md = _mm_cvtps_pd(h ? _mm_movehl_ps(m, m) : m);
-      const uint32_t b0 = bits[2 * h], b1 = bits[2 * h + 1];
-      const __m128d e0 = _mm_load_pd(curve.segment[(b0 >> 15) & 255]);
-      const __m128d e1 = _mm_load_pd(curve.segment[(b1 >> 15) & 255]);
-      const __m128d scale =
-          _mm_loadh_pd(_mm_load_sd(&curve.scale[b0 >> 23]), &curve.scale[b1 >> 23]);
+      uint64_t pair;
+      std::memcpy(&pair, src + i + 2 * h, sizeof(pair));
+      const uint64_t b0 = pair & 0xFFFFFFFFu, b1 = pair >> 32;
+      const __m128d e0 = _mm_load_pd(At(curve.segment, (b0 >> 11) & 0xFF0));
+      const __m128d e1 = _mm_load_pd(At(curve.segment, (b1 >> 11) & 0xFF0));
+      const __m128d scale = _mm_loadh_pd(_mm_load_sd(At(curve.scale, (b0 >> 20) & 0xFF8)),
+                                         At(curve.scale, (b1 >> 20) & 0xFF8));
       const __m128d r = _mm_sub_pd(_mm_mul_pd(md, _mm_unpacklo_pd(e0, e1)), oneD);
       __m128d p = _mm_mul_pd(s2, r);
       p = _mm_mul_pd(_mm_add_pd(p, s1), r);
