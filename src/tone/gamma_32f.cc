@@ -255,31 +255,61 @@ void StripRun(const float* src, float* dst, int n, const Range range) {
     Strip<Form>(src + s, dst + s, std::min(kStrip, n - s), r, buf);
 }
 
-// An AC4 row: strips of 128 pixels, their 384 colour samples packed into a second stack buffer
-// and run as one contiguous strip there, then put back; the alpha sample is neither read nor
-// written. Four-lane moves take one pixel; the fourth lane lands on the next pixel's first slot
-// (or the spare slot) and is overwritten or unused.
+// An AC4 row: strips of 128 pixels. The first pass gathers the colour samples of four pixels
+// into three registers (three-lane loads: the alpha sample is neither read nor written), keeps
+// them packed in a stack buffer and forms the power's inputs; the power runs over the strip; the
+// second pass chooses the results and scatters them back with three-lane stores. Pixels past the
+// last group of four go sample by sample.
 template <class Form>
 void StripRunAlpha(const float* src, float* dst, int width, const Range range) {
   const Range r = range;
-  float colour[kStrip + 1], buf[kStrip];
+  alignas(16) float colour[kStrip];
+  alignas(16) float buf[kStrip];
   for (int s = 0; s < width; s += kStrip / 3) {
     const int m = std::min(kStrip / 3, width - s);
     const float* in = src + 4 * static_cast<std::ptrdiff_t>(s);
     float* out = dst + 4 * static_cast<std::ptrdiff_t>(s);
+    int x = 0;
 #if KRO_SIMD
-    for (int i = 0; i < m; ++i) Lane4::Store(colour + 3 * i, Lane4::Load3(in + 4 * i));
-#else
-    for (int i = 0; i < m; ++i)
-      for (int c = 0; c < 3; ++c) colour[3 * i + c] = in[4 * i + c];
+    for (; x + 4 <= m; x += 4) {
+      const float* q = in + 4 * x;
+      const __m128 p0 = Lane4::Load3(q).v, p1 = Lane4::Load3(q + 4).v, p2 = Lane4::Load3(q + 8).v,
+                   p3 = Lane4::Load3(q + 12).v;
+      const __m128 b0r1 = _mm_shuffle_ps(p0, p1, _MM_SHUFFLE(0, 0, 2, 2));
+      const __m128 b2r3 = _mm_shuffle_ps(p2, p3, _MM_SHUFFLE(0, 0, 2, 2));
+      const __m128 c[3] = {_mm_shuffle_ps(p0, b0r1, _MM_SHUFFLE(2, 0, 1, 0)),   // r0 g0 b0 r1
+                           _mm_shuffle_ps(p1, p2, _MM_SHUFFLE(1, 0, 2, 1)),     // g1 b1 r2 g2
+                           _mm_shuffle_ps(b2r3, p3, _MM_SHUFFLE(2, 1, 2, 0))};  // b2 r3 g3 b3
+      for (int k = 0; k < 3; ++k) {
+        _mm_store_ps(colour + 3 * x + 4 * k, c[k]);
+        Lane4::Store(buf + 3 * x + 4 * k, Form::template Input<Lane4>(c[k], r));
+      }
+    }
 #endif
-    Strip<Form>(colour, colour, 3 * m, r, buf);
+    for (int i = x; i < m; ++i)
+      for (int k = 0; k < 3; ++k) {
+        colour[3 * i + k] = in[4 * i + k];
+        buf[3 * i + k] = Form::template Input<Lane1>(in[4 * i + k], r);
+      }
+    Raise<Form>(buf, 3 * m);
 #if KRO_SIMD
-    for (int i = 0; i < m; ++i) Lane4::Store3(out + 4 * i, Lane4::Load(colour + 3 * i));
-#else
-    for (int i = 0; i < m; ++i)
-      for (int c = 0; c < 3; ++c) out[4 * i + c] = colour[3 * i + c];
+    for (int i = 0; i < x; i += 4) {
+      __m128 c[3];
+      for (int k = 0; k < 3; ++k)
+        c[k] = Form::template Output<Lane4>(_mm_load_ps(colour + 3 * i + 4 * k),
+                                            _mm_load_ps(buf + 3 * i + 4 * k), r)
+                   .v;
+      const __m128 r1g1b1 = _mm_shuffle_ps(c[0], c[1], _MM_SHUFFLE(1, 0, 3, 3));  // r1 r1 g1 b1
+      float* q = out + 4 * i;
+      Lane4::Store3(q, c[0]);
+      Lane4::Store3(q + 4, _mm_shuffle_ps(r1g1b1, r1g1b1, _MM_SHUFFLE(3, 3, 2, 0)));
+      Lane4::Store3(q + 8, _mm_shuffle_ps(c[1], c[2], _MM_SHUFFLE(0, 0, 3, 2)));
+      Lane4::Store3(q + 12, _mm_shuffle_ps(c[2], c[2], _MM_SHUFFLE(3, 3, 2, 1)));
+    }
 #endif
+    for (int i = x; i < m; ++i)
+      for (int k = 0; k < 3; ++k)
+        out[4 * i + k] = Form::template Output<Lane1>(colour[3 * i + k], buf[3 * i + k], r);
   }
 }
 
