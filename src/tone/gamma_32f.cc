@@ -137,24 +137,32 @@ struct Forward {
     }
   }
   template <class L>
-  static typename L::F Output(typename L::F v, typename L::F p, const Range& r) {
-    using F = typename L::F;
-    const F d = v - r.vMin;
-    typename L::M linear;
+  static typename L::M Linear(typename L::F v, const Range& r) {
+    const typename L::F d = v - r.vMin;
     if constexpr (kRecip == Recip::kSingle) {
-      linear = L::Less(r.rcp * d, kLinearEnd);
+      return L::Less(r.rcp * d, kLinearEnd);
     } else {
       const typename L::D x = L::Widen(d) * r.rcpD;
       if constexpr (kCompareProduct) {
-        linear = L::Less(x, static_cast<double>(kLinearEnd));
+        return L::Less(x, static_cast<double>(kLinearEnd));
       } else {
-        linear = L::Less(L::Round(x), kLinearEnd);
+        return L::Less(L::Round(x), kLinearEnd);
       }
     }
+  }
+  template <class L>
+  static typename L::F Choose(typename L::F v, typename L::F p, typename L::M linear,
+                              const Range& r) {
+    using F = typename L::F;
+    const F d = v - r.vMin;
     const F straight = kSlope * d + r.vMin;
     F curve = (p * kGain - kLift) * r.range + r.vMin;
     if constexpr (kTwiceMin) curve = curve + r.vMin;
     return L::Select(linear, straight, curve);
+  }
+  template <class L>
+  static typename L::F Output(typename L::F v, typename L::F p, const Range& r) {
+    return Choose<L>(v, p, Linear<L>(v, r), r);
   }
 };
 
@@ -191,10 +199,19 @@ struct InverseAlpha : InverseBase<Recip::kDouble> {
     return T<L>(v - r.vMin, r);
   }
   template <class L>
-  static typename L::F Output(typename L::F v, typename L::F p, const Range& r) {
+  static typename L::M Linear(typename L::F v, const Range& r) {
+    return InverseBase::Linear<L>(v - r.vMin, r);
+  }
+  template <class L>
+  static typename L::F Choose(typename L::F v, typename L::F p, typename L::M linear,
+                              const Range& r) {
     const typename L::F d = v - r.vMin;
     const typename L::F straight = d * kInvSlope + r.vMin, curve = p * r.range + r.vMin;
-    return L::Select(Linear<L>(d, r), straight, curve);
+    return L::Select(linear, straight, curve);
+  }
+  template <class L>
+  static typename L::F Output(typename L::F v, typename L::F p, const Range& r) {
+    return Choose<L>(v, p, Linear<L>(v, r), r);
   }
 };
 
@@ -265,6 +282,9 @@ void StripRunAlpha(const float* src, float* dst, int width, const Range range) {
   const Range r = range;
   alignas(16) float colour[kStrip];
   alignas(16) float buf[kStrip];
+#if KRO_SIMD
+  __m128 linear[kStrip / 4];  // the branch masks of the vector groups, formed in the first pass
+#endif
   for (int s = 0; s < width; s += kStrip / 3) {
     const int m = std::min(kStrip / 3, width - s);
     const float* in = src + 4 * static_cast<std::ptrdiff_t>(s);
@@ -283,6 +303,7 @@ void StripRunAlpha(const float* src, float* dst, int width, const Range range) {
       for (int k = 0; k < 3; ++k) {
         _mm_store_ps(colour + 3 * x + 4 * k, c[k]);
         Lane4::Store(buf + 3 * x + 4 * k, Form::template Input<Lane4>(c[k], r));
+        linear[(3 * x) / 4 + k] = Form::template Linear<Lane4>(c[k], r);
       }
     }
 #endif
@@ -296,8 +317,9 @@ void StripRunAlpha(const float* src, float* dst, int width, const Range range) {
     for (int i = 0; i < x; i += 4) {
       __m128 c[3];
       for (int k = 0; k < 3; ++k)
-        c[k] = Form::template Output<Lane4>(_mm_load_ps(colour + 3 * i + 4 * k),
-                                            _mm_load_ps(buf + 3 * i + 4 * k), r)
+        c[k] = Form::template Choose<Lane4>(_mm_load_ps(colour + 3 * i + 4 * k),
+                                            _mm_load_ps(buf + 3 * i + 4 * k),
+                                            linear[(3 * i) / 4 + k], r)
                    .v;
       const __m128 r1g1b1 = _mm_shuffle_ps(c[0], c[1], _MM_SHUFFLE(1, 0, 3, 3));  // r1 r1 g1 b1
       float* q = out + 4 * i;
