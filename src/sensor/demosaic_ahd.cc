@@ -193,13 +193,17 @@ struct Green16 {
     const __m128i zero = _mm_setzero_si128();
     const __m128i average =
         _mm_sub_epi16(_mm_avg_epu16(a, b), _mm_and_si128(_mm_xor_si128(a, b), _mm_set1_epi16(1)));
-    auto quarter = [&](__m128i (*unpack)(__m128i, __m128i)) {
+    // The unpack comes in as a lambda: an intrinsic has no address to pass in an unoptimised
+    // build.
+    auto quarter = [&](auto unpack) {
       const __m128i c32 = unpack(c, zero);
       return _mm_srai_epi32(
           _mm_sub_epi32(_mm_add_epi32(c32, c32), _mm_add_epi32(unpack(a2, zero), unpack(b2, zero))),
           2);
     };
-    const __m128i q = _mm_packs_epi32(quarter(_mm_unpacklo_epi16), quarter(_mm_unpackhi_epi16));
+    const __m128i q =
+        _mm_packs_epi32(quarter([](__m128i x, __m128i y) { return _mm_unpacklo_epi16(x, y); }),
+                        quarter([](__m128i x, __m128i y) { return _mm_unpackhi_epi16(x, y); }));
     const __m128i up = _mm_max_epi16(q, zero), down = _mm_subs_epi16(zero, _mm_min_epi16(q, zero));
     const __m128i g = _mm_subs_epu16(_mm_adds_epu16(average, up), down);
     return MinU(MaxU(g, MinU(a, b)), MaxU(a, b));
