@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstring>
+#include <type_traits>
 
 #include "frame/checks.h"
 #include "frame/entry.h"
@@ -436,6 +437,15 @@ kroStatus Run(const Source& s, const Out& out, KroSize roi) {
   return ((roi.width | roi.height) & 1) ? kroStatusOddSize : kroStatusOk;
 }
 
+// A luma plane and one plane of interleaved chroma pairs; the pair order picks the set (YCbCr
+// pairs run P1, YCrCb pairs P2).
+template <Chroma kPairs, class Out>
+kroStatus RunTwoPlane(const Kro8u* luma, int lumaStep, const Kro8u* chroma, int chromaStep,
+                      const Out& out, KroSize roi) {
+  using S = std::conditional_t<kPairs == Chroma::kCbCrPairs, SetP1, SetP2>;
+  return Run<S, kPairs>(FromPairs<kPairs>(luma, lumaStep, chroma, chromaStep), out, roi);
+}
+
 using Rgb = PackedOut<3, false>;
 using Bgr = PackedOut<3, true>;
 using Rgba = PackedOut<4, false>;
@@ -566,18 +576,16 @@ kroStatus kroiYCbCr420ToRGB_8u_P2C3R(const Kro8u* srcLuma, int srcLumaStep, cons
                                      int srcChromaStep, Kro8u* dst, int dstRowStep, KroSize roi) {
   KRO_CHECK(CheckNull(srcLuma, srcChroma, dst));
   KRO_CHECK(CheckSize(roi));
-  return Run<SetP1, Chroma::kCbCrPairs>(
-      FromPairs<Chroma::kCbCrPairs>(srcLuma, srcLumaStep, srcChroma, srcChromaStep),
-      Rgb{dst, dstRowStep, 0}, roi);
+  return RunTwoPlane<Chroma::kCbCrPairs>(srcLuma, srcLumaStep, srcChroma, srcChromaStep,
+                                         Rgb{dst, dstRowStep, 0}, roi);
 }
 
 kroStatus kroiYCbCr420ToBGR_8u_P2C3R(const Kro8u* srcLuma, int srcLumaStep, const Kro8u* srcChroma,
                                      int srcChromaStep, Kro8u* dst, int dstRowStep, KroSize roi) {
   KRO_CHECK(CheckNull(srcLuma, srcChroma, dst));
   KRO_CHECK(CheckSize(roi));
-  return Run<SetP1, Chroma::kCbCrPairs>(
-      FromPairs<Chroma::kCbCrPairs>(srcLuma, srcLumaStep, srcChroma, srcChromaStep),
-      Bgr{dst, dstRowStep, 0}, roi);
+  return RunTwoPlane<Chroma::kCbCrPairs>(srcLuma, srcLumaStep, srcChroma, srcChromaStep,
+                                         Bgr{dst, dstRowStep, 0}, roi);
 }
 
 kroStatus kroiYCbCr420ToRGB_8u_P2C4R(const Kro8u* srcLuma, int srcLumaStep, const Kro8u* srcChroma,
@@ -585,9 +593,8 @@ kroStatus kroiYCbCr420ToRGB_8u_P2C4R(const Kro8u* srcLuma, int srcLumaStep, cons
                                      Kro8u alphaValue) {
   KRO_CHECK(CheckNull(srcLuma, srcChroma, dst));
   KRO_CHECK(CheckSize(roi));
-  return Run<SetP1, Chroma::kCbCrPairs>(
-      FromPairs<Chroma::kCbCrPairs>(srcLuma, srcLumaStep, srcChroma, srcChromaStep),
-      Rgba{dst, dstRowStep, alphaValue}, roi);
+  return RunTwoPlane<Chroma::kCbCrPairs>(srcLuma, srcLumaStep, srcChroma, srcChromaStep,
+                                         Rgba{dst, dstRowStep, alphaValue}, roi);
 }
 
 kroStatus kroiYCbCr420ToBGR_8u_P2C4R(const Kro8u* srcLuma, int srcLumaStep, const Kro8u* srcChroma,
@@ -595,27 +602,24 @@ kroStatus kroiYCbCr420ToBGR_8u_P2C4R(const Kro8u* srcLuma, int srcLumaStep, cons
                                      Kro8u alphaValue) {
   KRO_CHECK(CheckNull(srcLuma, srcChroma, dst));
   KRO_CHECK(CheckSize(roi));
-  return Run<SetP1, Chroma::kCbCrPairs>(
-      FromPairs<Chroma::kCbCrPairs>(srcLuma, srcLumaStep, srcChroma, srcChromaStep),
-      Bgra{dst, dstRowStep, alphaValue}, roi);
+  return RunTwoPlane<Chroma::kCbCrPairs>(srcLuma, srcLumaStep, srcChroma, srcChromaStep,
+                                         Bgra{dst, dstRowStep, alphaValue}, roi);
 }
 
 kroStatus kroiYCrCb420ToRGB_8u_P2C3R(const Kro8u* srcLuma, int srcLumaStep, const Kro8u* srcChroma,
                                      int srcChromaStep, Kro8u* dst, int dstRowStep, KroSize roi) {
   KRO_CHECK(CheckNull(srcLuma, srcChroma, dst));
   KRO_CHECK(CheckSize(roi));
-  return Run<SetP2, Chroma::kCrCbPairs>(
-      FromPairs<Chroma::kCrCbPairs>(srcLuma, srcLumaStep, srcChroma, srcChromaStep),
-      Rgb{dst, dstRowStep, 0}, roi);
+  return RunTwoPlane<Chroma::kCrCbPairs>(srcLuma, srcLumaStep, srcChroma, srcChromaStep,
+                                         Rgb{dst, dstRowStep, 0}, roi);
 }
 
 kroStatus kroiYCrCb420ToBGR_8u_P2C3R(const Kro8u* srcLuma, int srcLumaStep, const Kro8u* srcChroma,
                                      int srcChromaStep, Kro8u* dst, int dstRowStep, KroSize roi) {
   KRO_CHECK(CheckNull(srcLuma, srcChroma, dst));
   KRO_CHECK(CheckSize(roi));
-  return Run<SetP2, Chroma::kCrCbPairs>(
-      FromPairs<Chroma::kCrCbPairs>(srcLuma, srcLumaStep, srcChroma, srcChromaStep),
-      Bgr{dst, dstRowStep, 0}, roi);
+  return RunTwoPlane<Chroma::kCrCbPairs>(srcLuma, srcLumaStep, srcChroma, srcChromaStep,
+                                         Bgr{dst, dstRowStep, 0}, roi);
 }
 
 kroStatus kroiYCrCb420ToRGB_8u_P2C4R(const Kro8u* srcLuma, int srcLumaStep, const Kro8u* srcChroma,
@@ -623,9 +627,8 @@ kroStatus kroiYCrCb420ToRGB_8u_P2C4R(const Kro8u* srcLuma, int srcLumaStep, cons
                                      Kro8u alphaValue) {
   KRO_CHECK(CheckSize(roi));
   KRO_CHECK(CheckNull(srcLuma, srcChroma, dst));
-  return Run<SetP2, Chroma::kCrCbPairs>(
-      FromPairs<Chroma::kCrCbPairs>(srcLuma, srcLumaStep, srcChroma, srcChromaStep),
-      Rgba{dst, dstRowStep, alphaValue}, roi);
+  return RunTwoPlane<Chroma::kCrCbPairs>(srcLuma, srcLumaStep, srcChroma, srcChromaStep,
+                                         Rgba{dst, dstRowStep, alphaValue}, roi);
 }
 
 kroStatus kroiYCrCb420ToBGR_8u_P2C4R(const Kro8u* srcLuma, int srcLumaStep, const Kro8u* srcChroma,
@@ -633,9 +636,8 @@ kroStatus kroiYCrCb420ToBGR_8u_P2C4R(const Kro8u* srcLuma, int srcLumaStep, cons
                                      Kro8u alphaValue) {
   KRO_CHECK(CheckSize(roi));
   KRO_CHECK(CheckNull(srcLuma, srcChroma, dst));
-  return Run<SetP2, Chroma::kCrCbPairs>(
-      FromPairs<Chroma::kCrCbPairs>(srcLuma, srcLumaStep, srcChroma, srcChromaStep),
-      Bgra{dst, dstRowStep, alphaValue}, roi);
+  return RunTwoPlane<Chroma::kCrCbPairs>(srcLuma, srcLumaStep, srcChroma, srcChromaStep,
+                                         Bgra{dst, dstRowStep, alphaValue}, roi);
 }
 
 }  // namespace kro::wrap
