@@ -97,11 +97,7 @@ struct Lane4 {
   using M = __m128;
   static F Load(const float* p) { return _mm_loadu_ps(p); }
   static void Store(float* p, F v) { _mm_storeu_ps(p, v.v); }
-  // The three colour samples of a pixel (the fourth lane is zero).
-  static F Load3(const float* p) {
-    return _mm_movelh_ps(_mm_loadl_pi(_mm_setzero_ps(), reinterpret_cast<const __m64*>(p)),
-                         _mm_load_ss(p + 2));
-  }
+  // The three colour samples of a pixel from lanes 0-2; the fourth float is not written.
   static void Store3(float* p, F v) {
     _mm_storel_pi(reinterpret_cast<__m64*>(p), v.v);
     _mm_store_ss(p + 2, _mm_movehl_ps(v.v, v.v));
@@ -273,7 +269,7 @@ void StripRun(const float* src, float* dst, int n, const Range range) {
 }
 
 // An AC4 row: strips of 128 pixels. The first pass gathers the colour samples of four pixels
-// into three registers (three-lane loads: the alpha sample is neither read nor written), keeps
+// into three registers (whole-pixel loads; the shuffles drop the alpha samples), keeps
 // them packed in a stack buffer and forms the power's inputs; the power runs over the strip; the
 // second pass chooses the results and scatters them back with three-lane stores. Pixels past the
 // last group of four go sample by sample.
@@ -293,8 +289,8 @@ void StripRunAlpha(const float* src, float* dst, int width, const Range range) {
 #if KRO_SIMD
     for (; x + 4 <= m; x += 4) {
       const float* q = in + 4 * x;
-      const __m128 p0 = Lane4::Load3(q).v, p1 = Lane4::Load3(q + 4).v, p2 = Lane4::Load3(q + 8).v,
-                   p3 = Lane4::Load3(q + 12).v;
+      const __m128 p0 = _mm_loadu_ps(q), p1 = _mm_loadu_ps(q + 4), p2 = _mm_loadu_ps(q + 8),
+                   p3 = _mm_loadu_ps(q + 12);
       const __m128 b0r1 = _mm_shuffle_ps(p0, p1, _MM_SHUFFLE(0, 0, 2, 2));
       const __m128 b2r3 = _mm_shuffle_ps(p2, p3, _MM_SHUFFLE(0, 0, 2, 2));
       const __m128 c[3] = {_mm_shuffle_ps(p0, b0r1, _MM_SHUFFLE(2, 0, 1, 0)),   // r0 g0 b0 r1
